@@ -1,0 +1,58 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "base/Date.h"
+#include "base/Expected.h"
+#include "base/Uuid.h"
+
+namespace orrery {
+namespace {
+
+TEST(Uuid, RandomIsVersion4UpperCaseAndUnique) {
+  std::set<Uuid> seen;
+  for (int i = 0; i < 1000; ++i) {
+    const Uuid id = Uuid::random();
+    EXPECT_TRUE(seen.insert(id).second);
+    const std::string text = id.text();
+    ASSERT_EQ(text.size(), 36u);
+    EXPECT_EQ(text[14], '4');
+    EXPECT_NE(std::string("89AB").find(text[19]), std::string::npos);
+    for (char c : text) EXPECT_TRUE((c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || c == '-');
+    EXPECT_EQ(Uuid::parse(text), id);
+  }
+}
+
+TEST(Uuid, ParsesEitherCaseAndRejectsOtherForms) {
+  const auto lower = Uuid::parse("e621e1f8-c36c-495a-93fc-0c247a3e6e5f");
+  ASSERT_TRUE(lower);
+  EXPECT_EQ(lower->text(), "E621E1F8-C36C-495A-93FC-0C247A3E6E5F");
+  EXPECT_EQ(Uuid::parse("E621E1F8-C36C-495A-93FC-0C247A3E6E5F"), lower);
+  for (const char* bad : {"", "E621E1F8C36C495A93FC0C247A3E6E5F", "{E621E1F8-C36C-495A-93FC-0C247A3E6E5F}",
+                          "E621E1F8-C36C-495A-93FC-0C247A3E6E5G", "E621E1F8-C36C-495A-93FC-0C247A3E6E5",
+                          "E621E1F8+C36C-495A-93FC-0C247A3E6E5F"})
+    EXPECT_FALSE(Uuid::parse(bad)) << bad;
+}
+
+TEST(Date, ReferenceSecondsRoundTripAndClamp) {
+  EXPECT_EQ(iso8601(referenceDate()), "2001-01-01T00:00:00Z");
+  const Date date = dateFromReferenceSeconds(815'000'000.25);
+  EXPECT_DOUBLE_EQ(secondsSinceReferenceDate(date), 815'000'000.25);
+  EXPECT_EQ(iso8601(dateFromReferenceSeconds(-978307200)), "1970-01-01T00:00:00Z");
+  // Hostile values from a file never overflow.
+  EXPECT_GT(dateFromReferenceSeconds(1e300), dateFromReferenceSeconds(1e9));
+  EXPECT_LT(dateFromReferenceSeconds(-1e300), referenceDate());
+  EXPECT_EQ(dateFromReferenceSeconds(std::numeric_limits<double>::quiet_NaN()), referenceDate());
+}
+
+TEST(Expected, HoldsValueOrError) {
+  Expected<int, std::string> good = 3;
+  Expected<int, std::string> bad = Unexpected(std::string("no"));
+  EXPECT_TRUE(good);
+  EXPECT_EQ(*good, 3);
+  EXPECT_FALSE(bad.has_value());
+  EXPECT_EQ(bad.error(), "no");
+}
+
+}  // namespace
+}  // namespace orrery

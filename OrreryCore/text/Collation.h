@@ -1,0 +1,61 @@
+// The Finder-like name order: how app names are sorted everywhere a person
+// sees a list (new apps appended by a scan, "Sort by Name", search ties).
+//
+// ICU collation at secondary strength (case-insensitive, accents count),
+// with numeric ordering so "App 9" sorts before "App 10". The locale is
+// explicit: the one the environment names (LC_ALL, LC_COLLATE, LANG), and a
+// real locale ("en_US") when the environment says C or POSIX — ICU's root
+// rules would still work there, but numeric ordering must never silently
+// depend on how the process happened to be started.
+//
+// Thread rules: a NameCollator is immutable after construction and may be
+// shared by threads. compareNames() uses one collator per thread.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <unicode/uversion.h>
+
+U_NAMESPACE_BEGIN
+class Collator;
+U_NAMESPACE_END
+
+namespace orrery::text {
+
+// The ICU locale name to sort by, read from the environment.
+// "de_CH.UTF-8@euro" gives "de_CH"; unset, "C" or "POSIX" gives "en_US".
+std::string environmentLocale();
+
+class NameCollator {
+ public:
+  explicit NameCollator(const std::string& locale = environmentLocale());
+  ~NameCollator();
+  NameCollator(NameCollator&&) noexcept;
+  NameCollator& operator=(NameCollator&&) noexcept;
+
+  // <0, 0 or >0 like strcmp, over UTF-8 text. Invalid UTF-8 compares as
+  // replacement characters rather than failing.
+  int compare(std::string_view a, std::string_view b) const;
+
+  // A byte string whose plain order equals compare()'s order; build it once
+  // per name when sorting many names.
+  std::string sortKey(std::string_view name) const;
+
+  const std::string& locale() const { return locale_; }
+
+ private:
+  std::string locale_;
+  std::unique_ptr<icu::Collator> collator_;
+};
+
+// compare() with this thread's collator for environmentLocale().
+int compareNames(std::string_view a, std::string_view b);
+
+// Order of two named things: the names under compareNames(), ties broken by
+// plain comparison of the identifiers.
+bool nameOrderLess(std::string_view nameA, std::string_view idA, std::string_view nameB,
+                   std::string_view idB);
+
+}  // namespace orrery::text
