@@ -203,8 +203,7 @@ struct Layout {
   Layout pruned(const AppIDSet& keeping) const;
   // Folds an edited view back into this full arrangement. See
   // OrderEmbedding.h for where apps that were not visible end up.
-  Layout embedding(const Layout& edited, const LayoutProjection& projection,
-                   const AppIDSet& installed) const;
+  Layout embedding(const Layout& edited, const LayoutProjection& projection, const AppIDSet& installed) const;
 
   // --- JSON ------------------------------------------------------------------
 

@@ -33,8 +33,8 @@ Date dateFromReferenceSeconds(double seconds) {
 }
 
 std::string iso8601(Date date) {
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(
-      std::chrono::floor<std::chrono::seconds>(date));
+  const std::time_t seconds =
+      std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(date));
   std::tm utc{};
   gmtime_r(&seconds, &utc);
   char buffer[32];

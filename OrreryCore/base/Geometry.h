@@ -40,9 +40,10 @@ struct Rect {
 
   // Half-open like the usual toolkit rule: the max edges are outside.
   bool contains(Point p) const { return p.x >= minX() && p.x < maxX() && p.y >= minY() && p.y < maxY(); }
-  // The rectangle grown by dx, dy on each side (shrunk when negative).
+  // The rectangle shrunk by dx, dy on each side (grown when negative).
   Rect insetBy(double dx, double dy) const {
-    return Rect{{origin.x + dx, origin.y + dy}, {std::max(0.0, size.width - 2 * dx), std::max(0.0, size.height - 2 * dy)}};
+    return Rect{{origin.x + dx, origin.y + dy},
+                {std::max(0.0, size.width - 2 * dx), std::max(0.0, size.height - 2 * dy)}};
   }
 
   friend bool operator==(const Rect&, const Rect&) = default;

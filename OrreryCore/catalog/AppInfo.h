@@ -38,9 +38,10 @@ struct std::hash<orrery::AppInfo> {
     h = h * 31 + std::hash<std::string>()(app.name);
     h = h * 31 + std::hash<std::string>()(app.url);
     // An absent date hashes apart from every present one, the epoch included.
-    h = h * 31 + (app.modified ? std::hash<long long>()(static_cast<long long>(
-                                     app.modified->time_since_epoch().count()))
-                               : 0x9e3779b97f4a7c15ULL);
+    h = h * 31 +
+        (app.modified
+             ? std::hash<long long>()(static_cast<long long>(app.modified->time_since_epoch().count()))
+             : 0x9e3779b97f4a7c15ULL);
     return h;
   }
 };

@@ -16,7 +16,8 @@ std::optional<std::uint32_t> uint32Value(const nlohmann::json& object, const cha
     if (value <= std::numeric_limits<std::uint32_t>::max()) return static_cast<std::uint32_t>(value);
   } else if (found->is_number_integer()) {
     const auto value = found->get<std::int64_t>();
-    if (value >= 0 && value <= std::numeric_limits<std::uint32_t>::max()) return static_cast<std::uint32_t>(value);
+    if (value >= 0 && value <= std::numeric_limits<std::uint32_t>::max())
+      return static_cast<std::uint32_t>(value);
   }
   return std::nullopt;
 }

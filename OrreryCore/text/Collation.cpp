@@ -54,9 +54,9 @@ NameCollator& NameCollator::operator=(NameCollator&&) noexcept = default;
 
 int NameCollator::compare(std::string_view a, std::string_view b) const {
   UErrorCode status = U_ZERO_ERROR;
-  const UCollationResult result = collator_->compareUTF8(
-      icu::StringPiece(a.data(), static_cast<int32_t>(a.size())),
-      icu::StringPiece(b.data(), static_cast<int32_t>(b.size())), status);
+  const UCollationResult result =
+      collator_->compareUTF8(icu::StringPiece(a.data(), static_cast<int32_t>(a.size())),
+                             icu::StringPiece(b.data(), static_cast<int32_t>(b.size())), status);
   if (U_FAILURE(status)) return a.compare(b);
   return static_cast<int>(result);
 }

@@ -2,8 +2,8 @@
 
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
-#include <unicode/uscript.h>
 #include <unicode/unistr.h>
+#include <unicode/uscript.h>
 
 namespace orrery::text {
 

@@ -16,11 +16,18 @@ class ScopedEnv {
  public:
   ScopedEnv(const char* name, const char* value) : name_(name) {
     if (const char* old = std::getenv(name)) old_ = old;
-    if (value) setenv(name, value, 1); else unsetenv(name);
+    if (value)
+      setenv(name, value, 1);
+    else
+      unsetenv(name);
   }
   ~ScopedEnv() {
-    if (old_) setenv(name_, old_->c_str(), 1); else unsetenv(name_);
+    if (old_)
+      setenv(name_, old_->c_str(), 1);
+    else
+      unsetenv(name_);
   }
+
  private:
   const char* name_;
   std::optional<std::string> old_;
@@ -32,7 +39,8 @@ TEST(Collation, FinderLikeOrder) {
   std::stable_sort(names.begin(), names.end(),
                    [&](const auto& a, const auto& b) { return collator.compare(a, b) < 0; });
   // Numbers by value, case ignored, umlauts with their base letter.
-  EXPECT_EQ(names, (std::vector<std::string>{"Äpfel", "app 9", "App 10", "Apricot", "Bar", "Bär", "zebra", "Zebra"}));
+  EXPECT_EQ(names, (std::vector<std::string>{"Äpfel", "app 9", "App 10", "Apricot", "Bar", "Bär", "zebra",
+                                             "Zebra"}));
   EXPECT_EQ(collator.compare("Safari", "safari"), 0);
   EXPECT_LT(collator.compare("Cafe", "Café"), 0);  // accents count, after the base letters
   EXPECT_LT(collator.compare("File 2", "File 10"), 0);
@@ -40,7 +48,8 @@ TEST(Collation, FinderLikeOrder) {
 
 TEST(Collation, SortKeysAgreeWithCompare) {
   const NameCollator collator("de_DE");
-  const std::vector<std::string> names = {"Zebra", "äpfel", "Apfel", "Übung", "uber", "App 100", "App 20", "", "日本語"};
+  const std::vector<std::string> names = {"Zebra",   "äpfel",  "Apfel", "Übung", "uber",
+                                          "App 100", "App 20", "",      "日本語"};
   for (const auto& a : names)
     for (const auto& b : names) {
       const int byCompare = collator.compare(a, b);
