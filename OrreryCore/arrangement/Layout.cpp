@@ -1,0 +1,646 @@
+#include "arrangement/Layout.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <numeric>
+
+#include "arrangement/OrderEmbedding.h"
+#include "text/Collation.h"
+#include "text/Localized.h"
+
+namespace orrery {
+
+// --- Folder and keys ----------------------------------------------------------
+
+std::string Folder::defaultName() { return text::localized("New Folder", "Default name of a new folder"); }
+
+std::string Folder::normalizedName(std::string_view name) {
+  // Unicode white space, not just ASCII: a name pasted from elsewhere may
+  // end in a no-break or ideographic space.
+  const auto* bytes = reinterpret_cast<const uint8_t*>(name.data());
+  const auto length = static_cast<int32_t>(name.size());
+  int32_t begin = 0;
+  while (begin < length) {
+    int32_t next = begin;
+    UChar32 c = 0;
+    U8_NEXT(bytes, next, length, c);
+    if (c < 0 || !u_isUWhiteSpace(c)) break;
+    begin = next;
+  }
+  int32_t end = length;
+  while (end > begin) {
+    int32_t previous = end;
+    UChar32 c = 0;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wold-style-cast"  // inside ICU's macro
+    U8_PREV(bytes, begin, previous, c);
+#pragma GCC diagnostic pop
+    if (c < 0 || !u_isUWhiteSpace(c)) break;
+    end = previous;
+  }
+  if (begin == end) return defaultName();
+  return std::string(name.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)));
+}
+
+std::size_t LayoutItemKey::hash() const {
+  if (const auto* id = appID()) return std::hash<std::string>()(*id);
+  return std::hash<Uuid>()(*folderID()) ^ 0x5bd1e995u;
+}
+
+LayoutItemKey LayoutItem::key() const {
+  if (const auto* id = appID()) return LayoutItemKey::app(*id);
+  return LayoutItemKey::folder(asFolder()->id);
+}
+
+// --- Reading ------------------------------------------------------------------
+
+AppIDSet Layout::referencedAppIDs() const {
+  AppIDSet ids(hidden.begin(), hidden.end());
+  for (const auto& item : items) {
+    if (const auto* id = item.appID()) {
+      ids.insert(*id);
+    } else {
+      const auto& members = item.asFolder()->appIDs;
+      ids.insert(members.begin(), members.end());
+    }
+  }
+  return ids;
+}
+
+std::vector<std::string> Layout::orderedAppIDs(const AppIDSet& among) const {
+  std::vector<std::string> ordered;
+  for (const auto& item : items) {
+    if (const auto* id = item.appID()) {
+      if (among.contains(*id)) ordered.push_back(*id);
+    } else {
+      for (const auto& member : item.asFolder()->appIDs)
+        if (among.contains(member)) ordered.push_back(member);
+    }
+  }
+  return ordered;
+}
+
+std::optional<Uuid> Layout::folderID(const std::string& containing) const {
+  for (const auto& item : items) {
+    const Folder* folder = item.asFolder();
+    if (folder && std::find(folder->appIDs.begin(), folder->appIDs.end(), containing) != folder->appIDs.end())
+      return folder->id;
+  }
+  return std::nullopt;
+}
+
+std::vector<Layout::ItemKey> Layout::keys() const {
+  std::vector<ItemKey> out;
+  out.reserve(items.size());
+  for (const auto& item : items) out.push_back(item.key());
+  return out;
+}
+
+bool Layout::contains(const std::string& appID) const {
+  for (const auto& item : items) {
+    if (const auto* id = item.appID()) {
+      if (*id == appID) return true;
+    } else {
+      const auto& members = item.asFolder()->appIDs;
+      if (std::find(members.begin(), members.end(), appID) != members.end()) return true;
+    }
+  }
+  return false;
+}
+
+std::optional<std::size_t> Layout::folderIndex(const Uuid& folderID) const {
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const Folder* folder = items[i].asFolder();
+    if (folder && folder->id == folderID) return i;
+  }
+  return std::nullopt;
+}
+
+// --- Scans --------------------------------------------------------------------
+
+namespace {
+
+// Keeps the apps `keep` accepts, top level and inside folders; folders stay
+// where they are even when emptied (callers normalize).
+template <typename Keep>
+std::vector<LayoutItem> filteredItems(const std::vector<LayoutItem>& items, Keep&& keep) {
+  std::vector<LayoutItem> out;
+  out.reserve(items.size());
+  for (const auto& item : items) {
+    if (const auto* id = item.appID()) {
+      if (keep(*id)) out.push_back(item);
+    } else {
+      Folder folder = *item.asFolder();
+      std::erase_if(folder.appIDs, [&](const std::string& member) { return !keep(member); });
+      out.push_back(LayoutItem::folder(std::move(folder)));
+    }
+  }
+  return out;
+}
+
+bool inRange(Index index, std::size_t count) { return index >= 0 && static_cast<std::size_t>(index) < count; }
+
+std::size_t at(Index index) { return static_cast<std::size_t>(index); }
+
+}  // namespace
+
+Layout Layout::reconciled(const std::vector<AppInfo>& apps, const AppIDSet& keeping) const {
+  AppIDSet present = keeping;
+  present.reserve(keeping.size() + apps.size());
+  for (const auto& app : apps) present.insert(app.id);
+  const AppIDSet known = referencedAppIDs();
+
+  Layout result;
+  result.version = version;
+  for (const auto& id : hidden)
+    if (present.contains(id)) result.hidden.insert(id);
+  result.items = filteredItems(items, [&](const std::string& id) { return present.contains(id); });
+
+  // New apps in scan order, then stably by name; sort keys are built once
+  // per app because a first scan can bring thousands.
+  std::vector<const AppInfo*> fresh;
+  for (const auto& app : apps)
+    if (!known.contains(app.id)) fresh.push_back(&app);
+  if (!fresh.empty()) {
+    const text::NameCollator collator;
+    std::vector<std::string> sortKeys;
+    sortKeys.reserve(fresh.size());
+    for (const AppInfo* app : fresh) sortKeys.push_back(collator.sortKey(app->name));
+    std::vector<std::size_t> order(fresh.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+      if (const int byName = sortKeys[a].compare(sortKeys[b]); byName != 0) return byName < 0;
+      return fresh[a]->id < fresh[b]->id;
+    });
+    AppIDSet appended;
+    for (const std::size_t i : order)
+      if (appended.insert(fresh[i]->id).second) result.items.push_back(LayoutItem::app(fresh[i]->id));
+  }
+
+  result.normalizeFolders();
+  return result;
+}
+
+void Layout::normalizeFolders() {
+  std::vector<LayoutItem> out;
+  out.reserve(items.size());
+  for (auto& item : items) {
+    Folder* folder = item.asFolder();
+    if (!folder) {
+      out.push_back(std::move(item));
+    } else if (folder->appIDs.size() == 1) {
+      out.push_back(LayoutItem::app(std::move(folder->appIDs.front())));
+    } else if (!folder->appIDs.empty()) {
+      out.push_back(std::move(item));
+    }
+  }
+  items = std::move(out);
+}
+
+// --- Folders ------------------------------------------------------------------
+
+std::optional<Uuid> Layout::makeFolder(Index dragged, Index onto, std::string name) {
+  if (dragged == onto || !inRange(dragged, items.size()) || !inRange(onto, items.size())) return std::nullopt;
+  const std::string* draggedApp = items[at(dragged)].appID();
+  const std::string* targetApp = items[at(onto)].appID();
+  if (!draggedApp || !targetApp) return std::nullopt;
+
+  Folder folder{Uuid::random(), std::move(name), {*targetApp, *draggedApp}};
+  const Uuid id = folder.id;
+  items.erase(items.begin() + dragged);
+  const Index target = dragged < onto ? onto - 1 : onto;
+  items[at(target)] = LayoutItem::folder(std::move(folder));
+  return id;
+}
+
+std::optional<Uuid> Layout::makeFolder(const AppIDSet& appIDs, std::string name) {
+  std::vector<std::string> ordered = orderedAppIDs(appIDs);
+  if (ordered.size() < 2) return std::nullopt;
+
+  std::size_t first = 0;
+  for (; first < items.size(); ++first) {
+    const LayoutItem& item = items[first];
+    if (const auto* id = item.appID()) {
+      if (*id == ordered.front()) break;
+    } else {
+      const auto& members = item.asFolder()->appIDs;
+      if (std::find(members.begin(), members.end(), ordered.front()) != members.end()) break;
+    }
+  }
+
+  const AppIDSet members(ordered.begin(), ordered.end());
+  Folder folder{Uuid::random(), std::move(name), std::move(ordered)};
+  const Uuid id = folder.id;
+  if (items[first].isFolder()) {
+    items.insert(items.begin() + static_cast<Index>(first) + 1, LayoutItem::folder(std::move(folder)));
+  } else {
+    items[first] = LayoutItem::folder(std::move(folder));
+  }
+  removeEverywhere(members, id);
+  return id;
+}
+
+void Layout::removeEverywhere(const AppIDSet& ids, const Uuid& except) {
+  std::vector<LayoutItem> out;
+  out.reserve(items.size());
+  for (auto& item : items) {
+    if (const auto* id = item.appID()) {
+      if (!ids.contains(*id)) out.push_back(std::move(item));
+      continue;
+    }
+    Folder* folder = item.asFolder();
+    if (folder->id != except)
+      std::erase_if(folder->appIDs, [&](const std::string& member) { return ids.contains(member); });
+    out.push_back(std::move(item));
+  }
+  items = std::move(out);
+  normalizeFolders();
+}
+
+void Layout::move(const std::string& appID, const Uuid& toFolder) {
+  const auto index = folderIndex(toFolder);
+  if (!index) return;
+  const auto& members = items[*index].asFolder()->appIDs;
+  if (std::find(members.begin(), members.end(), appID) != members.end() || !contains(appID)) return;
+
+  // Remove it everywhere else first, then append: the target folder's id
+  // survives normalization because it gains the app before being judged.
+  items[*index].asFolder()->appIDs.push_back(appID);
+  removeEverywhere(AppIDSet{appID}, toFolder);
+}
+
+void Layout::move(const AppIDSet& appIDs, const Uuid& toFolder) {
+  const auto index = folderIndex(toFolder);
+  if (!index) return;
+  Folder& folder = *items[*index].asFolder();
+  std::vector<std::string> additions;
+  for (auto& id : orderedAppIDs(appIDs))
+    if (std::find(folder.appIDs.begin(), folder.appIDs.end(), id) == folder.appIDs.end())
+      additions.push_back(std::move(id));
+  if (additions.empty()) return;
+  folder.appIDs.insert(folder.appIDs.end(), additions.begin(), additions.end());
+  removeEverywhere(AppIDSet(additions.begin(), additions.end()), toFolder);
+}
+
+void Layout::add(Index appAt, const Uuid& toFolder) {
+  if (!inRange(appAt, items.size())) return;
+  const std::string* appID = items[at(appAt)].appID();
+  const auto index = folderIndex(toFolder);
+  if (!appID || !index) return;
+  items[*index].asFolder()->appIDs.push_back(*appID);
+  items.erase(items.begin() + appAt);
+}
+
+void Layout::takeOut(const std::string& appID, const Uuid& fromFolder) {
+  const auto index = folderIndex(fromFolder);
+  if (!index) return;
+  remove(appID, fromFolder, static_cast<Index>(*index) + 1);
+}
+
+void Layout::remove(const std::string& appID, const Uuid& fromFolder, Index insertAt) {
+  const auto index = folderIndex(fromFolder);
+  if (!index) return;
+  auto& members = items[*index].asFolder()->appIDs;
+  if (std::find(members.begin(), members.end(), appID) == members.end()) return;
+  std::erase(members, appID);
+  normalizeFolders();
+  const Index count = static_cast<Index>(items.size());
+  const Index position = std::min(std::max(insertAt, Index{0}), count);
+  items.insert(items.begin() + position, LayoutItem::app(appID));
+}
+
+void Layout::moveInFolder(const Uuid& folderID, Index from, Index to) {
+  const auto index = folderIndex(folderID);
+  if (!index) return;
+  auto& members = items[*index].asFolder()->appIDs;
+  if (from == to || !inRange(from, members.size()) || !inRange(to, members.size())) return;
+  std::string moved = std::move(members[at(from)]);
+  members.erase(members.begin() + from);
+  members.insert(members.begin() + to, std::move(moved));
+}
+
+void Layout::renameFolder(const Uuid& folderID, std::string name) {
+  if (const auto index = folderIndex(folderID)) items[*index].asFolder()->name = std::move(name);
+}
+
+void Layout::dissolveFolder(const Uuid& folderID) {
+  const auto index = folderIndex(folderID);
+  if (!index) return;
+  std::vector<std::string> members = std::move(items[*index].asFolder()->appIDs);
+  const auto position = items.begin() + static_cast<Index>(*index);
+  const auto after = items.erase(position);
+  std::vector<LayoutItem> apps;
+  apps.reserve(members.size());
+  for (auto& id : members) apps.push_back(LayoutItem::app(std::move(id)));
+  items.insert(after, std::make_move_iterator(apps.begin()), std::make_move_iterator(apps.end()));
+}
+
+// --- Top level and hiding -----------------------------------------------------
+
+void Layout::move(Index from, Index to) {
+  if (from == to || !inRange(from, items.size()) || !inRange(to, items.size())) return;
+  LayoutItem moved = std::move(items[at(from)]);
+  items.erase(items.begin() + from);
+  items.insert(items.begin() + to, std::move(moved));
+}
+
+void Layout::hide(const std::string& appID) {
+  std::erase_if(items, [&](const LayoutItem& item) {
+    const auto* id = item.appID();
+    return id && *id == appID;
+  });
+  for (auto& item : items)
+    if (Folder* folder = item.asFolder()) std::erase(folder->appIDs, appID);
+  normalizeFolders();
+  hidden.insert(appID);
+}
+
+void Layout::unhide(const std::string& appID) {
+  if (hidden.erase(appID) == 0) return;
+  if (!contains(appID)) items.push_back(LayoutItem::app(appID));
+}
+
+// --- One machine's view -----------------------------------------------------------
+
+LayoutProjection Layout::projected(const AppIDSet& installed) const {
+  LayoutProjection projection;
+  Layout& visible = projection.visible;
+  visible.version = version;
+  const auto isInstalled = [&](const std::string& id) { return installed.contains(id); };
+  visible.items = filteredItems(items, isInstalled);
+  for (const auto& id : hidden)
+    if (installed.contains(id)) visible.hidden.insert(id);
+  for (const auto& item : visible.items) {
+    const Folder* folder = item.asFolder();
+    if (folder && folder->appIDs.size() == 1) projection.collapsed[folder->appIDs.front()] = folder->id;
+  }
+  visible.normalizeFolders();
+  return projection;
+}
+
+Layout Layout::pruned(const AppIDSet& keeping) const {
+  Layout result;
+  result.version = version;
+  result.items = filteredItems(items, [&](const std::string& id) { return keeping.contains(id); });
+  for (const auto& id : hidden)
+    if (keeping.contains(id)) result.hidden.insert(id);
+  result.normalizeFolders();
+  return result;
+}
+
+Layout Layout::embedding(const Layout& edited, const LayoutProjection& projection,
+                         const AppIDSet& installed) const {
+  const auto isInvisible = [&](const std::string& id) { return !installed.contains(id); };
+
+  std::unordered_map<Uuid, const Folder*> oldFolders;
+  for (const auto& item : items)
+    if (const Folder* folder = item.asFolder()) oldFolders.try_emplace(folder->id, folder);
+
+  // Which old folders the view showed, as themselves or collapsed to an app.
+  std::unordered_set<Uuid> editedFolders;
+  for (const auto& item : edited.items)
+    if (const Folder* folder = item.asFolder()) editedFolders.insert(folder->id);
+
+  // The edited top level, with a collapsed folder's stand-in app turned back
+  // into its folder (unless the edit already shows that folder itself).
+  std::vector<LayoutItem> editedItems;
+  editedItems.reserve(edited.items.size());
+  for (const auto& item : edited.items) {
+    if (const auto* id = item.appID()) {
+      const auto collapsed = projection.collapsed.find(*id);
+      if (collapsed != projection.collapsed.end() && oldFolders.contains(collapsed->second) &&
+          editedFolders.insert(collapsed->second).second) {
+        const Folder& old = *oldFolders.at(collapsed->second);
+        editedItems.push_back(LayoutItem::folder(Folder{old.id, old.name, {*id}}));
+        continue;
+      }
+    }
+    editedItems.push_back(item);
+  }
+  std::unordered_map<LayoutItemKey, LayoutItem*, LayoutItemKeyHash> editedByKey;
+  std::vector<LayoutItemKey> editedKeys;
+  editedKeys.reserve(editedItems.size());
+  for (auto& item : editedItems) {
+    editedKeys.push_back(item.key());
+    editedByKey.try_emplace(editedKeys.back(), &item);
+  }
+
+  // Old items the view could not have removed: apps not installed here, and
+  // folders that still hold an app not installed here.
+  const auto keepFromOld = [&](const LayoutItemKey& key) {
+    if (const auto* id = key.appID()) return isInvisible(*id);
+    const Folder& folder = *oldFolders.at(*key.folderID());
+    return std::any_of(folder.appIDs.begin(), folder.appIDs.end(), isInvisible);
+  };
+  std::unordered_map<LayoutItemKey, const LayoutItem*, LayoutItemKeyHash> oldByKey;
+  for (const auto& item : items) oldByKey.try_emplace(item.key(), &item);
+
+  Layout result;
+  result.version = version;
+  for (const auto& key : embedOrder<LayoutItemKey, LayoutItemKeyHash>(keys(), editedKeys, keepFromOld)) {
+    if (const auto found = editedByKey.find(key); found != editedByKey.end()) {
+      LayoutItem item = *found->second;
+      // A folder the view showed keeps its invisible members where they were.
+      if (Folder* folder = item.asFolder(); folder && oldFolders.contains(folder->id)) {
+        folder->appIDs = embedOrder(oldFolders.at(folder->id)->appIDs, folder->appIDs,
+                                    [&](const std::string& id) { return isInvisible(id); });
+      }
+      result.items.push_back(std::move(item));
+    } else {
+      // Only invisible parts of an old item come back.
+      LayoutItem item = *oldByKey.at(key);
+      if (Folder* folder = item.asFolder())
+        std::erase_if(folder->appIDs, [&](const auto& id) { return !isInvisible(id); });
+      result.items.push_back(std::move(item));
+    }
+  }
+
+  result.hidden = edited.hidden;
+  for (const auto& id : hidden)
+    if (isInvisible(id)) result.hidden.insert(id);
+
+  // Every app exactly once, whatever the inputs held: the first place wins and
+  // a hidden app has no place in the grid. Folders emptied by that vanish.
+  AppIDSet seen(result.hidden.begin(), result.hidden.end());
+  std::vector<LayoutItem> unique;
+  unique.reserve(result.items.size());
+  for (auto& item : result.items) {
+    if (const auto* id = item.appID()) {
+      if (seen.insert(*id).second) unique.push_back(std::move(item));
+      continue;
+    }
+    Folder& folder = *item.asFolder();
+    const bool wasEmpty = folder.appIDs.empty();
+    std::erase_if(folder.appIDs, [&](const std::string& id) { return !seen.insert(id).second; });
+    if (!folder.appIDs.empty() || wasEmpty) unique.push_back(std::move(item));
+  }
+  result.items = std::move(unique);
+  return result;
+}
+
+// --- JSON ---------------------------------------------------------------------
+
+namespace {
+
+using nlohmann::json;
+
+DecodingError failure(DecodingError::Kind kind, std::string path, std::string message) {
+  return DecodingError{kind, std::move(path), std::move(message)};
+}
+
+// The value under a required key, or why there is none.
+Expected<const json*, DecodingError> required(const json& object, const char* key, const std::string& path,
+                                              json::value_t type) {
+  const auto found = object.find(key);
+  const std::string where = path.empty() ? key : path + "." + key;
+  if (found == object.end())
+    return Unexpected(failure(DecodingError::Kind::keyNotFound, where,
+                              std::string("No value associated with key \"") + key + "\"."));
+  if (found->is_null())
+    return Unexpected(
+        failure(DecodingError::Kind::valueNotFound, where, "Expected a value but found null instead."));
+  const bool typeMatches = type == json::value_t::number_integer ? found->is_number() : found->type() == type;
+  if (!typeMatches)
+    return Unexpected(failure(DecodingError::Kind::typeMismatch, where,
+                              std::string("Expected ") + json(type).type_name() + " but found " +
+                                  found->type_name() + " instead."));
+  return &*found;
+}
+
+Expected<std::vector<std::string>, DecodingError> stringArray(const json& array, const std::string& path) {
+  std::vector<std::string> out;
+  out.reserve(array.size());
+  for (std::size_t i = 0; i < array.size(); ++i) {
+    if (!array[i].is_string())
+      return Unexpected(
+          failure(DecodingError::Kind::typeMismatch, path + "[" + std::to_string(i) + "]",
+                  "Expected to decode String but found " + std::string(array[i].type_name()) + " instead."));
+    out.push_back(array[i].get<std::string>());
+  }
+  return out;
+}
+
+// {"_0": payload}: the single associated value of an enumeration case.
+Expected<const json*, DecodingError> caseValue(const json& wrapper, const std::string& path,
+                                               json::value_t type) {
+  if (!wrapper.is_object())
+    return Unexpected(
+        failure(DecodingError::Kind::typeMismatch, path, "Expected to decode a keyed container."));
+  return required(wrapper, "_0", path, type);
+}
+
+Expected<Folder, DecodingError> decodeFolder(const json& object, const std::string& path) {
+  const auto id = required(object, "id", path, json::value_t::string);
+  if (!id) return Unexpected(id.error());
+  const auto name = required(object, "name", path, json::value_t::string);
+  if (!name) return Unexpected(name.error());
+  const auto appIDs = required(object, "appIDs", path, json::value_t::array);
+  if (!appIDs) return Unexpected(appIDs.error());
+
+  const auto uuid = Uuid::parse((*id)->get_ref<const std::string&>());
+  if (!uuid)
+    return Unexpected(failure(DecodingError::Kind::dataCorrupted, path + ".id",
+                              "Attempted to decode UUID from invalid UUID string."));
+  auto members = stringArray(**appIDs, path + ".appIDs");
+  if (!members) return Unexpected(members.error());
+  return Folder{*uuid, (*name)->get<std::string>(), std::move(*members)};
+}
+
+Expected<LayoutItem, DecodingError> decodeItem(const json& object, const std::string& path) {
+  if (!object.is_object())
+    return Unexpected(
+        failure(DecodingError::Kind::typeMismatch, path, "Expected to decode a keyed container."));
+  if (object.size() != 1)
+    return Unexpected(
+        failure(DecodingError::Kind::typeMismatch, path, "Invalid number of keys found, expected one."));
+  const auto& [key, wrapper] = *object.items().begin();
+  if (key == "app") {
+    const auto id = caseValue(wrapper, path + ".app", json::value_t::string);
+    if (!id) return Unexpected(id.error());
+    return LayoutItem::app((*id)->get<std::string>());
+  }
+  if (key == "folder") {
+    const auto folder = caseValue(wrapper, path + ".folder", json::value_t::object);
+    if (!folder) return Unexpected(folder.error());
+    auto decoded = decodeFolder(**folder, path + ".folder._0");
+    if (!decoded) return Unexpected(decoded.error());
+    return LayoutItem::folder(std::move(*decoded));
+  }
+  return Unexpected(failure(DecodingError::Kind::dataCorrupted, path, "Unknown item key \"" + key + "\"."));
+}
+
+}  // namespace
+
+nlohmann::json Layout::toJson() const {
+  json encodedItems = json::array();
+  for (const auto& item : items) {
+    if (const auto* id = item.appID()) {
+      encodedItems.push_back({{"app", {{"_0", *id}}}});
+    } else {
+      const Folder& folder = *item.asFolder();
+      encodedItems.push_back(
+          {{"folder",
+            {{"_0", {{"id", folder.id.text()}, {"name", folder.name}, {"appIDs", folder.appIDs}}}}}});
+    }
+  }
+  return json{{"version", version}, {"items", std::move(encodedItems)}, {"hidden", json(hidden)}};
+}
+
+Expected<Layout, DecodingError> Layout::fromJson(const nlohmann::json& object) {
+  if (!object.is_object())
+    return Unexpected(
+        failure(DecodingError::Kind::typeMismatch, "", "Expected to decode a keyed container."));
+  const auto versionValue = required(object, "version", "", json::value_t::number_integer);
+  if (!versionValue) return Unexpected(versionValue.error());
+  const auto itemsValue = required(object, "items", "", json::value_t::array);
+  if (!itemsValue) return Unexpected(itemsValue.error());
+  const auto hiddenValue = required(object, "hidden", "", json::value_t::array);
+  if (!hiddenValue) return Unexpected(hiddenValue.error());
+
+  Layout layout;
+  const json& number = **versionValue;
+  if (number.is_number_unsigned() && number.get<std::uint64_t>() > static_cast<std::uint64_t>(INT64_MAX))
+    return Unexpected(
+        failure(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64."));
+  if (number.is_number_float()) {
+    const double value = number.get<double>();
+    if (!(value == static_cast<double>(static_cast<std::int64_t>(value))) || value >= 9.2e18 ||
+        value <= -9.2e18)
+      return Unexpected(
+          failure(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64."));
+    layout.version = static_cast<std::int64_t>(value);
+  } else {
+    layout.version = number.get<std::int64_t>();
+  }
+
+  const json& encodedItems = **itemsValue;
+  layout.items.reserve(encodedItems.size());
+  for (std::size_t i = 0; i < encodedItems.size(); ++i) {
+    auto item = decodeItem(encodedItems[i], "items[" + std::to_string(i) + "]");
+    if (!item) return Unexpected(item.error());
+    layout.items.push_back(std::move(*item));
+  }
+  auto hiddenIDs = stringArray(**hiddenValue, "hidden");
+  if (!hiddenIDs) return Unexpected(hiddenIDs.error());
+  layout.hidden.insert(std::make_move_iterator(hiddenIDs->begin()),
+                       std::make_move_iterator(hiddenIDs->end()));
+  return layout;
+}
+
+std::string Layout::encoded() const {
+  // Replace rather than throw on invalid UTF-8: an ID taken from an odd file
+  // name must never make the whole arrangement unsavable.
+  return toJson().dump(2, ' ', false, json::error_handler_t::replace);
+}
+
+Expected<Layout, DecodingError> Layout::decode(std::string_view bytes) {
+  const json parsed = json::parse(bytes.begin(), bytes.end(), nullptr, false);
+  if (parsed.is_discarded())
+    return Unexpected(failure(DecodingError::Kind::dataCorrupted, "", "The given data was not valid JSON."));
+  return fromJson(parsed);
+}
+
+}  // namespace orrery
