@@ -43,7 +43,7 @@ std::vector<std::string> appUniverse(std::size_t count) {
   std::vector<std::string> ids;
   ids.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
-    char buffer[16];
+    char buffer[32];
     std::snprintf(buffer, sizeof buffer, "app%03zu", i);
     ids.emplace_back(buffer);
   }
