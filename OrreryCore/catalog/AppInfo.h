@@ -7,6 +7,13 @@
 // app differ when its modification date changed; that is how icon caches
 // notice an update.
 //
+// JSON: {"id": "…", "modified": seconds since 2001-01-01, "name": "…",
+// "url": "file:///…"}, `modified` left out when absent. The url travels as
+// a percent-encoded file URL rather than a bare path: that is how a URL is
+// written wherever URLs are coded, and it keeps the JSON pure ASCII, so a
+// file name that is not valid UTF-8 (Linux allows any bytes) still encodes
+// and comes back byte for byte.
+//
 // Thread rules: a plain value; scans build them on a background thread and
 // hand them to the main thread by copy.
 #pragma once
@@ -15,8 +22,13 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+
+#include <nlohmann/json_fwd.hpp>
 
 #include "base/Date.h"
+#include "base/DecodingError.h"
+#include "base/Expected.h"
 
 namespace orrery {
 
@@ -26,8 +38,23 @@ struct AppInfo {
   std::string url;  // absolute file path
   std::optional<Date> modified;
 
+  nlohmann::json toJson() const;
+  // Strict: "id", "name" and "url" must be strings, "url" an absolute file
+  // URL; "modified" a number when present (null counts as absent).
+  static Expected<AppInfo, DecodingError> fromJson(const nlohmann::json& json);
+
   friend bool operator==(const AppInfo&, const AppInfo&) = default;
 };
+
+// "file:///Applications/Visual%20Studio.app" for "/Applications/Visual
+// Studio.app": every byte outside the unreserved and path characters is
+// percent-encoded. `path` must be absolute.
+std::string fileURL(std::string_view path);
+
+// The path of a "file:" URL ("file:///p" or "file://localhost/p"), decoded,
+// without the trailing slash that URLs of folders carry. Nothing for other
+// schemes, hosts, relative or malformed URLs, or an encoded NUL.
+std::optional<std::string> pathFromFileURL(std::string_view url);
 
 }  // namespace orrery
 
