@@ -7,79 +7,56 @@
 namespace orrery {
 namespace {
 
-const auto kAlways = [](Index) { return true; };
-const auto kNever = [](Index) { return false; };
-
 DragPreview previewWith(Index remaining, Index gap, std::optional<Index> mergeTarget = std::nullopt) {
   DragPreview preview(remaining, gap);
   preview.mergeTarget = mergeTarget;
   return preview;
 }
 
-TEST(DragPreview, ConstructionClampsCountAndGap) {
-  const DragPreview negative(-1, 5);
-  EXPECT_EQ(negative.remainingCount, 0);
-  EXPECT_EQ(negative.gap, 0);
-  EXPECT_EQ(negative.count(), 1);
+TEST(DragPreview, ClampsOnConstructionAndMapsSlotsAroundTheGap) {
+  EXPECT_EQ(DragPreview(-1, 5), previewWith(0, 0));
   EXPECT_EQ(DragPreview(4, 9).gap, 4);
   EXPECT_EQ(DragPreview(4, -2).gap, 0);
-  EXPECT_FALSE(DragPreview(4, 2).mergeTarget);
-}
 
-TEST(DragPreview, SlotsSkipTheGap) {
   const DragPreview preview(4, 2);
-  EXPECT_EQ(preview.remainingIndex(0), 0);
-  EXPECT_EQ(preview.remainingIndex(1), 1);
-  EXPECT_EQ(preview.remainingIndex(2), std::nullopt);
-  EXPECT_EQ(preview.remainingIndex(3), 2);
-  EXPECT_EQ(preview.remainingIndex(4), 3);
-  EXPECT_EQ(preview.remainingIndex(5), std::nullopt);
-  EXPECT_EQ(preview.remainingIndex(-1), std::nullopt);
-  EXPECT_EQ(preview.slot(1), 1);
-  EXPECT_EQ(preview.slot(2), 3);
+  EXPECT_EQ(preview.count(), 5);
+  const std::optional<Index> shown[] = {std::nullopt, 0, 1, std::nullopt, 2, 3, std::nullopt};
+  for (Index slot = -1; slot <= 5; ++slot) EXPECT_EQ(preview.remainingIndex(slot), shown[slot + 1]) << slot;
   for (Index i = 0; i < preview.remainingCount; ++i) EXPECT_EQ(preview.remainingIndex(preview.slot(i)), i);
+  EXPECT_EQ(preview.slot(2), 3);
 }
 
-TEST(DragPreview, HoverBeforeAndAfterMovesTheGapAroundTheShownItem) {
-  DragPreview preview(5, 3);
-  preview.hover(0, DropZone::after, kAlways);
-  EXPECT_EQ(preview.gap, 1);
-  preview = DragPreview(5, 2);
-  preview.hover(4, DropZone::before, kAlways);  // slot 4 shows remaining item 3
-  EXPECT_EQ(preview.gap, 3);
-  preview.hover(1, DropZone::before, kAlways);
-  EXPECT_EQ(preview.gap, 1);
-  preview.hover(5, DropZone::after, kAlways);  // the last item, behind the gap
-  EXPECT_EQ(preview.gap, 5);
-}
-
-TEST(DragPreview, HoverClearsAPendingMergeExceptForNegativeSlots) {
-  DragPreview preview = previewWith(5, 2, 3);
-  preview.hover(-1, DropZone::before, kAlways);
-  EXPECT_EQ(preview, previewWith(5, 2, 3));
-  preview.hover(2, DropZone::merge, kAlways);  // over the gap itself
-  EXPECT_EQ(preview, previewWith(5, 2));
-  preview = previewWith(5, 2, 3);
-  preview.hover(6, DropZone::before, kAlways);  // beyond the last slot
-  EXPECT_EQ(preview, previewWith(5, 5));
-  preview = previewWith(5, 2, 3);
-  preview.hover(1, DropZone::after, kAlways);
-  EXPECT_EQ(preview, previewWith(5, 2));
-}
-
-TEST(DragPreview, MergeTargetsTheShownItemOrOpensTheGapThere) {
-  // canMerge is asked about the remaining index shown at the slot, not the slot.
-  DragPreview preview(5, 1);
-  preview.hover(3, DropZone::merge, [](Index r) { return r == 2; });
-  EXPECT_EQ(preview, previewWith(5, 1, 2));
-  preview.hover(0, DropZone::merge, [](Index r) { return r == 2; });
-  EXPECT_EQ(preview, previewWith(5, 0));
-  // Refused merges put the gap on the hovered slot itself, on either side of the gap.
-  preview = DragPreview(5, 1);
-  preview.hover(4, DropZone::merge, kNever);
-  EXPECT_EQ(preview, previewWith(5, 4));
-  preview.hover(2, DropZone::merge, nullptr);
-  EXPECT_EQ(preview, previewWith(5, 2));
+TEST(DragPreview, HoverMovesTheGapOrPicksTheShownItemForAMerge) {
+  struct Case {
+    Index gap;
+    std::optional<Index> merge;
+    Index slot;
+    DropZone zone;
+    Index mergeable;  // the one remaining index canMerge accepts
+    Index wantGap;
+    std::optional<Index> wantMerge;
+  };
+  const Case cases[] = {
+      {3, {}, 0, DropZone::after, 0, 1, {}},
+      {2, {}, 4, DropZone::before, 3, 3, {}},  // slot 4 shows item 3
+      {2, {}, 5, DropZone::after, 4, 5, {}},
+      {2, 3, -1, DropZone::before, 3, 2, 3},  // negative slots change nothing
+      {2, 3, 2, DropZone::merge, 2, 2, {}},   // over the gap itself
+      {2, 3, 6, DropZone::before, 3, 5, {}},  // beyond the last slot
+      {2, 3, 1, DropZone::after, 3, 2, {}},
+      {1, {}, 3, DropZone::merge, 2, 1, 2},  // canMerge is asked about the item, not the slot
+      {1, {}, 0, DropZone::merge, 0, 1, 0},
+      {1, {}, 4, DropZone::merge, 9, 4, {}},  // refused: the gap opens on the slot itself
+      {3, 2, 1, DropZone::merge, 9, 1, {}},
+  };
+  for (const Case& c : cases) {
+    DragPreview preview = previewWith(5, c.gap, c.merge);
+    preview.hover(c.slot, c.zone, [&](Index r) { return r == c.mergeable; });
+    EXPECT_EQ(preview, previewWith(5, c.wantGap, c.wantMerge)) << "gap " << c.gap << " slot " << c.slot;
+  }
+  DragPreview noPredicate(5, 1);
+  noPredicate.hover(3, DropZone::merge, nullptr);
+  EXPECT_EQ(noPredicate, previewWith(5, 3));
 }
 
 TEST(DragPreview, HoverOutsideGoesToTheLastSlotOfThePageOrTheEnd) {
