@@ -1,0 +1,175 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include <plist/plist.h>
+
+#include "catalog/AppScanner.h"
+#include "platform/bundle/AppBundleFormat.h"
+
+namespace orrery::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+
+std::string xmlPlist(const std::map<std::string, std::string>& strings) {
+  std::string xml =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+      "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+      "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+      "<plist version=\"1.0\">\n<dict>\n";
+  for (const auto& [key, value] : strings)
+    xml += "  <key>" + key + "</key>\n  <string>" + value + "</string>\n";
+  return xml + "</dict>\n</plist>\n";
+}
+
+std::string binaryPlist(const std::map<std::string, std::string>& strings) {
+  plist_t dict = plist_new_dict();
+  for (const auto& [key, value] : strings)
+    plist_dict_set_item(dict, key.c_str(), plist_new_string(value.c_str()));
+  char* bytes = nullptr;
+  uint32_t length = 0;
+  plist_to_bin(dict, &bytes, &length);
+  std::string result(bytes, length);
+  plist_to_bin_free(bytes);
+  plist_free(dict);
+  return result;
+}
+
+Date setModified(const fs::path& path, long seconds, bool followLink = true) {
+  const timespec times[2] = {{seconds, 0}, {seconds, 500}};
+  EXPECT_EQ(utimensat(AT_FDCWD, path.c_str(), times, followLink ? 0 : AT_SYMLINK_NOFOLLOW), 0);
+  return Date(std::chrono::seconds(seconds)) +
+         std::chrono::duration_cast<Date::duration>(std::chrono::nanoseconds(500));
+}
+
+class AppBundleFormatTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "orrery-bundles-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    base_ = pattern;
+  }
+  void TearDown() override { fs::remove_all(base_); }
+
+  std::string at(const std::string& relative) const { return (base_ / relative).string(); }
+
+  // A bundle with the given Info.plist bytes (none when empty).
+  std::string bundle(const std::string& relative, const std::string& infoPlist = {}) const {
+    const fs::path contents = base_ / relative / "Contents";
+    fs::create_directories(contents / "MacOS");
+    if (!infoPlist.empty()) std::ofstream(contents / "Info.plist", std::ios::binary) << infoPlist;
+    return (base_ / relative).string();
+  }
+
+  std::vector<AppInfo> scan(std::vector<std::string> roots) const {
+    return AppScanner{std::move(roots), AppScanner::kDefaultMaxDepth,
+                      std::make_shared<AppBundleFormat>("/home/u")}
+        .scan();
+  }
+
+  fs::path base_;
+};
+
+TEST_F(AppBundleFormatTest, ReadsNamesAndIdsFromXmlAndBinaryPlists) {
+  const AppBundleFormat format("/home/u");
+  const auto record = [&](const std::string& path) { return format.read(path, "").app; };
+
+  const auto xml = bundle("Mail.app", xmlPlist({{"CFBundleDisplayName", "Mail &amp; More"},
+                                                {"CFBundleName", "MailName"},
+                                                {"CFBundleIdentifier", "com.apple.mail"}}));
+  EXPECT_EQ(record(xml).name, "Mail & More");
+  EXPECT_EQ(record(xml).id, "com.apple.mail");
+  EXPECT_EQ(record(xml).url, xml);
+
+  const auto binary =
+      bundle("Notes.app",
+             binaryPlist({{"CFBundleDisplayName", "Notizen ✎"}, {"CFBundleIdentifier", "com.apple.Notes"}}));
+  EXPECT_EQ(record(binary).name, "Notizen ✎");
+  EXPECT_EQ(record(binary).id, "com.apple.Notes");
+
+  // Empty strings do not count: the next key, then the folder's name.
+  const auto emptyDisplay = bundle(
+      "Calc.app",
+      binaryPlist({{"CFBundleDisplayName", ""}, {"CFBundleName", "Calculator"}, {"CFBundleIdentifier", ""}}));
+  EXPECT_EQ(record(emptyDisplay).name, "Calculator");
+  EXPECT_EQ(record(emptyDisplay).id, emptyDisplay);
+
+  // Values that are not strings do not count either.
+  const auto numbers = bundle("My.Tool.app",
+                              "<plist><dict><key>CFBundleName</key><integer>3</integer>"
+                              "<key>CFBundleIdentifier</key><array/></dict></plist>");
+  EXPECT_EQ(record(numbers).name, "My.Tool");
+  EXPECT_EQ(record(numbers).id, numbers);
+
+  // Missing, malformed, truncated or non-dictionary plists still give a record.
+  const std::string full = binaryPlist({{"CFBundleName", "Cut"}});
+  for (const auto& [name, contents] : std::vector<std::pair<std::string, std::string>>{
+           {"Missing.app", ""},
+           {"Garbage.app", "\x01\x02not a plist at all"},
+           {"Truncated.app", full.substr(0, full.size() / 2)},
+           {"Array.app", "<plist><array><string>x</string></array></plist>"}}) {
+    const auto path = bundle(name, contents);
+    EXPECT_EQ(record(path), (AppInfo{path, name.substr(0, name.size() - 4), path, record(path).modified}))
+        << name;
+  }
+}
+
+TEST_F(AppBundleFormatTest, ScansATreeOfBundlesLikeTheFinderShowsIt) {
+  bundle("Applications/Safari.app",
+         xmlPlist({{"CFBundleName", "Safari"}, {"CFBundleIdentifier", "com.apple.Safari"}}));
+  bundle("Applications/Utilities/Terminal.app",
+         binaryPlist({{"CFBundleName", "Terminal"}, {"CFBundleIdentifier", "com.apple.Terminal"}}));
+  bundle("Applications/A/B/Deep.app", binaryPlist({{"CFBundleIdentifier", "deep"}}));
+  bundle("Applications/A/B/C/TooDeep.app", binaryPlist({{"CFBundleIdentifier", "too.deep"}}));
+  bundle("Applications/Safari.app/Contents/Helpers/Helper.app",
+         binaryPlist({{"CFBundleIdentifier", "helper"}}));
+  bundle("Applications/.Trashes/Old.app", binaryPlist({{"CFBundleIdentifier", "old"}}));
+  bundle("Applications/.Sneaky.app", binaryPlist({{"CFBundleIdentifier", "sneaky"}}));
+  bundle("Applications/Games.APP/Chess.app", binaryPlist({{"CFBundleIdentifier", "com.apple.Chess"}}));
+  bundle("Elsewhere/Tool.app", binaryPlist({{"CFBundleName", "Tool"}, {"CFBundleIdentifier", "tool"}}));
+  fs::create_directory_symlink(at("Elsewhere/Tool.app"), at("Applications/Tool.app"));
+  const Date linkDate = setModified(at("Applications/Tool.app"), 1'000'000'000, false);
+  setModified(at("Elsewhere/Tool.app"), 1'100'000'000);
+  const Date safariDate = setModified(at("Applications/Safari.app"), 1'200'000'000);
+  // The same bundle id in the user's and the system folder: the user's wins.
+  bundle("User/Safari.app",
+         xmlPlist({{"CFBundleName", "Safari (user)"}, {"CFBundleIdentifier", "com.apple.Safari"}}));
+  bundle("System/Maps.app", xmlPlist({{"CFBundleName", "Maps"}, {"CFBundleIdentifier", "com.apple.Maps"}}));
+  bundle("System/Terminal.app",
+         xmlPlist({{"CFBundleName", "Terminal (system)"}, {"CFBundleIdentifier", "com.apple.Terminal"}}));
+
+  const auto apps = scan({at("Applications"), at("User"), at("System")});
+  std::vector<std::string> seen;
+  for (const AppInfo& app : apps) seen.push_back(app.id + " " + app.url.substr(base_.string().size()));
+  EXPECT_THAT(
+      seen,
+      ElementsAre("com.apple.Chess /Applications/Games.APP/Chess.app", "deep /Applications/A/B/Deep.app",
+                  "com.apple.Maps /System/Maps.app", "com.apple.Safari /Applications/Safari.app",
+                  "com.apple.Terminal /Applications/Utilities/Terminal.app", "tool /Applications/Tool.app"));
+  EXPECT_EQ(apps[3].modified, safariDate);
+  // A linked bundle is read through the link but keeps the link's own path and date.
+  EXPECT_EQ(apps[5].name, "Tool");
+  EXPECT_EQ(apps[5].modified, linkDate);
+}
+
+TEST(AppBundleFormatRoots, AreTheSystemUserAndBuiltInFolders) {
+  EXPECT_THAT(AppBundleFormat("/Users/anna/").defaultRoots(),
+              ElementsAre("/Applications", "/Users/anna/Applications", "/System/Applications"));
+  EXPECT_THAT(AppBundleFormat("").defaultRoots(), ElementsAre("/Applications", "/System/Applications"));
+  const AppBundleFormat format("/Users/anna");
+  EXPECT_TRUE(format.isCandidate("Mail.app"));
+  EXPECT_FALSE(format.isCandidate("Mail.APP"));
+  EXPECT_FALSE(format.isCandidate("Mail.app.zip"));
+}
+
+}  // namespace
+}  // namespace orrery::platform
