@@ -1,0 +1,235 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include "catalog/AppScanner.h"
+#include "platform/xdg/DesktopEntryFormat.h"
+
+namespace orrery::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// Sets an environment variable for the life of the object.
+class ScopedVariable {
+ public:
+  ScopedVariable(const char* name, const char* value) : name_(name) {
+    if (const char* old = getenv(name)) old_ = old;
+    setenv(name, value, 1);
+  }
+  ~ScopedVariable() {
+    if (old_)
+      setenv(name_.c_str(), old_->c_str(), 1);
+    else
+      unsetenv(name_.c_str());
+  }
+
+ private:
+  std::string name_;
+  std::optional<std::string> old_;
+};
+
+class DesktopEntryFormatTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "orrery-entries-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    base_ = pattern;
+    fs::create_directories(base_ / "bin");
+    std::ofstream(base_ / "bin/present-tool") << "#!/bin/sh\n";
+    fs::permissions(base_ / "bin/present-tool", fs::perms(0755));
+    std::ofstream(base_ / "bin/not-executable") << "#!/bin/sh\n";
+    fs::permissions(base_ / "bin/not-executable", fs::perms(0644));
+    environment_.searchPath = "/nonexistent-bin:" + at("bin");
+    environment_.currentDesktops = {"X-Cinnamon", "GNOME"};
+  }
+  void TearDown() override { fs::remove_all(base_); }
+
+  std::string at(const std::string& relative) const { return (base_ / relative).string(); }
+
+  // An application entry with the given lines, runnable unless they say
+  // otherwise about Exec.
+  std::string entry(const std::string& relative, const std::string& lines = "Name=App\n") const {
+    const bool ownExec = ("\n" + lines).find("\nExec=") != std::string::npos;
+    return write(relative, "[Desktop Entry]\nType=Application\n" +
+                               std::string(ownExec ? "" : "Exec=present-tool %U\n") + lines);
+  }
+
+  std::string write(const std::string& relative, const std::string& text) const {
+    fs::create_directories((base_ / relative).parent_path());
+    std::ofstream(base_ / relative, std::ios::binary) << text;
+    return at(relative);
+  }
+
+  std::vector<AppInfo> scan(std::vector<std::string> roots) const {
+    return AppScanner{std::move(roots), AppScanner::kDefaultMaxDepth,
+                      std::make_shared<DesktopEntryFormat>(environment_)}
+        .scan();
+  }
+
+  // "id @ path below the temp folder" for each app.
+  std::vector<std::string> scanned(std::vector<std::string> roots) const {
+    std::vector<std::string> lines;
+    for (const AppInfo& app : scan(std::move(roots)))
+      lines.push_back(app.id + " @ " + app.url.substr(base_.string().size() + 1));
+    return lines;
+  }
+
+  fs::path base_;
+  DesktopEnvironment environment_;
+};
+
+TEST_F(DesktopEntryFormatTest, NamesFollowTheMessageLanguage) {
+  const ScopedVariable noAll("LC_ALL", "");
+  entry("apps/files.desktop",
+        "Name=Files\nName[de]=Dateien\nName[de_CH]=Dateie\nName[fr]=\nGenericName[de]=Dateiverwaltung\n");
+  entry("apps/unnamed.tool.desktop", "Comment=No name at all\n");
+  entry("apps/emptyname.desktop", "Name=\n");
+  const auto names = [&] {
+    std::vector<std::string> result;
+    for (const AppInfo& app : scan({at("apps")})) result.push_back(app.name);
+    return result;
+  };
+  {
+    const ScopedVariable language("LANGUAGE", "de_CH.UTF-8");
+    EXPECT_THAT(names(), ElementsAre("Dateie", "emptyname", "unnamed.tool"));
+  }
+  {
+    // An empty translation is passed over, not shown as a blank name.
+    const ScopedVariable language("LANGUAGE", "fr:de");
+    EXPECT_THAT(names(), ElementsAre("Dateien", "emptyname", "unnamed.tool"));
+  }
+  {
+    const ScopedVariable language("LANGUAGE", "ja_JP");
+    EXPECT_THAT(names(), ElementsAre("emptyname", "Files", "unnamed.tool"));
+  }
+}
+
+TEST_F(DesktopEntryFormatTest, EntriesThatAreNotShownStillHideTheSameIdLater) {
+  const std::vector<std::pair<std::string, std::string>> withheld{
+      {"hidden", "Hidden=true\n"},
+      {"nodisplay", "NoDisplay=true\n"},
+      {"onlykde", "OnlyShowIn=KDE;LXQt;\n"},
+      {"notgnome", "NotShowIn=GNOME;\n"},
+      {"tryexec-missing", "TryExec=no-such-tool\n"},
+      {"tryexec-not-executable", "TryExec=" + at("bin/not-executable") + "\n"},
+      {"exec-missing", "Exec=/opt/gone/bin/tool --flag\n"},
+      {"exec-unparsable", "Exec=present-tool \"unterminated\n"},
+  };
+  for (const auto& [name, lines] : withheld) {
+    entry("user/applications/" + name + ".desktop", "Name=" + name + "\n" + lines);
+    entry("system/applications/" + name + ".desktop", "Name=" + name + " (system)\n");
+  }
+  write("user/applications/link.desktop", "[Desktop Entry]\nType=Link\nURL=https://example.org\n");
+  entry("system/applications/link.desktop");
+  write("user/applications/broken.desktop", "this is not a key file\n\x01\x02");
+  entry("system/applications/broken.desktop");
+  write("user/applications/othergroup.desktop", "[Other]\nA=b\n[Desktop Entry]\nType=Application\nName=X\n");
+  entry("system/applications/othergroup.desktop");
+
+  EXPECT_THAT(scanned({at("user/applications"), at("system/applications")}), IsEmpty());
+  // Without the masking entries, the system's copies come through.
+  fs::remove_all(base_ / "user");
+  EXPECT_EQ(scanned({at("user/applications"), at("system/applications")}).size(), withheld.size() + 3);
+}
+
+TEST_F(DesktopEntryFormatTest, ShownForTheCurrentDesktopsInTheirOrder) {
+  entry("apps/only-gnome.desktop", "Name=A\nOnlyShowIn=GNOME;\n");
+  entry("apps/not-kde.desktop", "Name=B\nNotShowIn=KDE;\n");
+  // The first current desktop that either list names decides.
+  entry("apps/cinnamon-first.desktop", "Name=C\nOnlyShowIn=X-Cinnamon;\nNotShowIn=GNOME;\n");
+  entry("apps/tryexec-in-path.desktop", "Name=D\nTryExec=present-tool\n");
+  entry("apps/tryexec-absolute.desktop", "Name=E\nTryExec=" + at("bin/present-tool") + "\n");
+  entry("apps/dbus.desktop", "Name=F\nExec=\nDBusActivatable=true\n");
+  EXPECT_THAT(scanned({at("apps")}), ElementsAre("only-gnome.desktop @ apps/only-gnome.desktop",
+                                                 "not-kde.desktop @ apps/not-kde.desktop",
+                                                 "cinnamon-first.desktop @ apps/cinnamon-first.desktop",
+                                                 "tryexec-in-path.desktop @ apps/tryexec-in-path.desktop",
+                                                 "tryexec-absolute.desktop @ apps/tryexec-absolute.desktop",
+                                                 "dbus.desktop @ apps/dbus.desktop"));
+
+  environment_.currentDesktops = {};
+  EXPECT_THAT(scanned({at("apps")}), ElementsAre("not-kde.desktop @ apps/not-kde.desktop",
+                                                 "tryexec-in-path.desktop @ apps/tryexec-in-path.desktop",
+                                                 "tryexec-absolute.desktop @ apps/tryexec-absolute.desktop",
+                                                 "dbus.desktop @ apps/dbus.desktop"));
+}
+
+TEST_F(DesktopEntryFormatTest, SubfoldersMakeIdsAndTheFirstRootWins) {
+  entry("home/applications/kde/konsole.desktop", "Name=Konsole (user)\n");
+  entry("home/applications/firefox.desktop", "Name=Firefox (user)\n");
+  entry("usr/applications/firefox.desktop", "Name=Firefox\n");
+  entry("usr/applications/kde-konsole.desktop", "Name=Konsole\n");
+  entry("usr/applications/a/b/deep.desktop", "Name=Deep\n");
+  entry("usr/applications/a/b/c/too-deep.desktop", "Name=Too deep\n");
+  entry("usr/applications/.hidden/secret.desktop", "Name=Secret\n");
+  write("usr/applications/notes.txt", "not an entry");
+  write("usr/applications/bad-\xff.desktop", "[Desktop Entry]\nType=Application\nName=Latin-1 file name\n");
+  EXPECT_THAT(scanned({at("home/applications"), at("usr/applications")}),
+              ElementsAre("a-b-deep.desktop @ usr/applications/a/b/deep.desktop",
+                          "firefox.desktop @ home/applications/firefox.desktop",
+                          "kde-konsole.desktop @ home/applications/kde/konsole.desktop"));
+}
+
+TEST_F(DesktopEntryFormatTest, FlatpakExportLinksAreReadThroughAndDatedByTheirTarget) {
+  const std::string target =
+      entry("flatpak/app/org.gnome.Maps/current/active/export/share/applications/org.gnome.Maps.desktop",
+            "Name=Maps\nExec=present-tool run org.gnome.Maps\n");
+  const timespec times[2] = {{1'500'000'000, 0}, {1'500'000'000, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, target.c_str(), times, 0), 0);
+  fs::create_directories(base_ / "flatpak/exports/share/applications");
+  fs::create_symlink(target, at("flatpak/exports/share/applications/org.gnome.Maps.desktop"));
+  fs::create_symlink(at("nowhere.desktop"), at("flatpak/exports/share/applications/dangling.desktop"));
+
+  const auto apps = scan({at("flatpak/exports/share/applications")});
+  ASSERT_EQ(apps.size(), 1u);
+  EXPECT_EQ(apps[0], (AppInfo{"org.gnome.Maps.desktop", "Maps",
+                              at("flatpak/exports/share/applications/org.gnome.Maps.desktop"),
+                              Date(std::chrono::seconds(1'500'000'000))}));
+}
+
+TEST(DesktopEnvironment, FollowsTheBaseDirectoryDefaults) {
+  const auto from = [](std::map<std::string, std::string> variables) {
+    return DesktopEnvironment::fromVariables([variables](const char* name) -> const char* {
+      const auto found = variables.find(name);
+      return found == variables.end() ? nullptr : found->second.c_str();
+    });
+  };
+  const DesktopEnvironment defaults = from({{"HOME", "/home/anna/"}});
+  EXPECT_EQ(defaults.dataHome, "/home/anna/.local/share");
+  EXPECT_THAT(defaults.dataDirs, ElementsAre("/usr/local/share", "/usr/share"));
+  EXPECT_THAT(defaults.currentDesktops, IsEmpty());
+  EXPECT_EQ(defaults.searchPath, "/bin:/usr/bin:.");
+  EXPECT_THAT(DesktopEntryFormat(defaults).defaultRoots(),
+              ElementsAre("/home/anna/.local/share/applications", "/usr/local/share/applications",
+                          "/usr/share/applications"));
+
+  // Relative and empty entries are ignored; repeated folders are scanned once.
+  const DesktopEnvironment custom =
+      from({{"HOME", "/home/anna"},
+            {"XDG_DATA_HOME", "relative/share"},
+            {"XDG_DATA_DIRS", "/var/lib/flatpak/exports/share::relative:/usr/share/:/usr/share"},
+            {"XDG_CURRENT_DESKTOP", "ubuntu:GNOME"},
+            {"PATH", "/usr/bin"}});
+  EXPECT_EQ(custom.dataHome, "/home/anna/.local/share");
+  EXPECT_THAT(custom.currentDesktops, ElementsAre("ubuntu", "GNOME"));
+  EXPECT_EQ(custom.searchPath, "/usr/bin");
+  EXPECT_THAT(DesktopEntryFormat(custom).defaultRoots(),
+              ElementsAre("/home/anna/.local/share/applications",
+                          "/var/lib/flatpak/exports/share/applications", "/usr/share/applications"));
+
+  EXPECT_THAT(DesktopEntryFormat(from({})).defaultRoots(),
+              ElementsAre("/usr/local/share/applications", "/usr/share/applications"));
+}
+
+}  // namespace
+}  // namespace orrery::platform
