@@ -1,8 +1,8 @@
 // TemporaryDirectory: a fresh folder on the real disk for one test, removed
 // with everything in it when the test ends.
 //
-// Made under the system's temporary folder (TMPDIR) with mkdtemp, so tests
-// running in parallel never share one.
+// Made with mkdtemp under the system's temporary folder (TMPDIR) or a given
+// parent, so tests running in parallel never share one.
 //
 // Thread rules: test code; one owner.
 #pragma once
@@ -17,8 +17,9 @@ namespace orrery::testing {
 
 class TemporaryDirectory {
  public:
-  explicit TemporaryDirectory(const std::string& label = "orrery-test") {
-    std::string pattern = (std::filesystem::temp_directory_path() / (label + "-XXXXXX")).string();
+  explicit TemporaryDirectory(const std::string& label = "orrery-test",
+                              const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+    std::string pattern = (parent / (label + "-XXXXXX")).string();
     if (::mkdtemp(pattern.data()) != nullptr) path_ = pattern;
   }
   ~TemporaryDirectory() {
