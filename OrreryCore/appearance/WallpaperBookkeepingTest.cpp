@@ -11,7 +11,7 @@ using Bookkeeping = WallpaperBookkeeping<std::string>;
 using Keys = std::vector<WallpaperKey>;
 using Finished = Bookkeeping::Finished;
 
-WallpaperKey key(std::uint32_t display, std::string picture, std::int64_t width = 2880,
+WallpaperKey key(std::uint32_t display, const std::string& picture, std::int64_t width = 2880,
                  std::int64_t height = 1800) {
   return WallpaperKey{display, "/pictures/" + picture, width, height};
 }

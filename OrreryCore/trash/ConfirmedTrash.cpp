@@ -31,11 +31,11 @@ void ConfirmedTrash::perform(TrashService& service, std::function<void(TrashOutc
   paths.reserve(apps_.size());
   for (const AppInfo& app : apps_) paths.push_back(app.url);
   auto answered = std::make_shared<std::atomic<bool>>(false);
-  service.moveToTrash(std::move(paths),
-                      [apps = apps_, done = std::move(done), answered](TrashService::Failures failures) {
-                        if (answered->exchange(true)) return;
-                        if (done) done(outcome(apps, failures));
-                      });
+  service.moveToTrash(std::move(paths), [apps = apps_, done = std::move(done),
+                                         answered](const TrashService::Failures& failures) {
+    if (answered->exchange(true)) return;
+    if (done) done(outcome(apps, failures));
+  });
 }
 
 }  // namespace orrery

@@ -13,7 +13,7 @@
 namespace orrery {
 namespace {
 
-AppInfo app(std::string id, std::string name) {
+AppInfo app(const std::string& id, std::string name) {
   return AppInfo{id, std::move(name), "/Applications/" + id + ".app", std::nullopt};
 }
 

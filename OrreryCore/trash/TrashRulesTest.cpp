@@ -16,7 +16,7 @@ const TrashRules::ParentWritable writable = [](const std::string&) { return true
 // Paths without links resolve to themselves.
 const TrashRules::PathResolver noLinks = [](const std::string& path) { return path; };
 
-bool deletable(std::string_view path, std::optional<std::string> bundleID = std::nullopt) {
+bool deletable(std::string_view path, const std::optional<std::string>& bundleID = std::nullopt) {
   return TrashRules::isDeletable(path, bundleID, self, writable, noLinks);
 }
 

@@ -7,7 +7,9 @@
 namespace orrery {
 namespace {
 
-AppInfo installed(std::string id, std::string url) { return AppInfo{id, id, std::move(url), std::nullopt}; }
+AppInfo installed(const std::string& id, std::string url) {
+  return AppInfo{id, id, std::move(url), std::nullopt};
+}
 
 std::unordered_map<std::string, AppInfo> catalogOf(std::vector<AppInfo> apps) {
   std::unordered_map<std::string, AppInfo> out;
