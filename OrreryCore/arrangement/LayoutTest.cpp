@@ -347,3 +347,75 @@ TEST(LayoutProperties, EmbeddingKeepsEditsAndInvisibleApps) {
 
 }  // namespace
 }  // namespace orrery
+
+namespace orrery {
+namespace {
+
+// The arrangement file is read by a streaming decoder; records that embed an
+// arrangement use the DOM one. Both must accept and reject the same documents.
+void expectDecodersAgree(const std::string& bytes) {
+  const auto streamed = Layout::decode(bytes);
+  const auto dom = nlohmann::json::parse(bytes, nullptr, false);
+  const auto viaDom = dom.is_discarded() ? Expected<Layout, DecodingError>(Unexpected(DecodingError{}))
+                                         : Layout::fromJson(dom);
+  ASSERT_EQ(streamed.has_value(), viaDom.has_value())
+      << bytes << "\nstreamed: " << (streamed ? "ok" : streamed.error().description())
+      << "\ndom: " << (viaDom ? "ok" : viaDom.error().description());
+  if (streamed) {
+    EXPECT_EQ(*streamed, *viaDom) << bytes;
+  }
+}
+
+TEST(LayoutJson, StreamingAndDomDecodersAgree) {
+  const char* documents[] = {
+      R"({"version":1,"hidden":[],"items":[]})",
+      R"({"version":1,"hidden":["a","a"],"items":[],"items":[{"app":{"_0":"x"}}]})",  // last "items" wins
+      R"({"items":[{"app":{"_0":"x"},"app":{"_0":"y"}}],"version":2,"hidden":[]})",   // repeated key counts
+                                                                                      // once
+      R"({"version":1,"hidden":[],"items":[{"app":{"_0":"x"},"folder":{"_0":{}}}]})",
+      R"({"version":1,"hidden":[],"items":[{"app":{"_1":"x"}}]})",
+      R"({"version":1,"hidden":[],"items":[{"app":{"_0":null}}]})",
+      R"({"version":null,"hidden":[],"items":[]})",
+      R"({"version":1,"hidden":[null],"items":[]})",
+      R"({"version":1,"hidden":[],"items":[null]})",
+      R"({"version":1e3,"hidden":[],"items":[]})",
+      R"({"version":18446744073709551615,"hidden":[],"items":[]})",
+      R"({"version":-1,"hidden":[],"items":[],"extra":{"deep":[[{"items":5}]]}})",
+      R"({"version":1,"hidden":[],"items":[{"folder":{"_0":{"id":"e621e1f8-c36c-495a-93fc-0c247a3e6e5f","name":"n","appIDs":["a","b"],"appIDs":["c"],"x":[1]}}}]})",
+      R"({"version":1,"hidden":[],"items":[{"folder":{"_0":{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","name":5,"appIDs":[]}}}]})",
+      R"({"version":1,"hidden":[],"items":[{"folder":{"_0":"flat"}}]})",
+      R"({"version":1,"hidden":{},"items":[]})",
+      R"([{"version":1,"hidden":[],"items":[]}])",
+      R"("layout")",
+      R"({"version":1,"hidden":[],"items":[]} trailing)",
+      "",
+  };
+  for (const char* document : documents) expectDecodersAgree(document);
+
+  // Random single-byte damage to real files.
+  const auto universe = testing::appUniverse(12);
+  testing::Random random(7);
+  const std::string alphabet = "{}[]\":,0 1nx_";
+  for (int round = 0; round < 400; ++round) {
+    const std::string original = testing::randomLayout(random, universe).encoded();
+    std::string damaged = original;
+    const std::size_t at = std::uniform_int_distribution<std::size_t>(0, damaged.size() - 1)(random);
+    const char c = alphabet[std::uniform_int_distribution<std::size_t>(0, alphabet.size() - 1)(random)];
+    switch (round % 3) {
+      case 0:
+        damaged[at] = c;
+        break;
+      case 1:
+        damaged.insert(damaged.begin() + static_cast<Index>(at), c);
+        break;
+      default:
+        damaged.erase(at, 1);
+        break;
+    }
+    expectDecodersAgree(damaged);
+    if (HasFailure()) return;
+  }
+}
+
+}  // namespace
+}  // namespace orrery

@@ -72,3 +72,9 @@ std::string describe(const Layout& layout) {
 }
 
 }  // namespace orrery::testing
+
+namespace orrery {
+void PrintTo(const Layout& layout, std::ostream* out) {
+  *out << "v" << layout.version << " " << testing::describe(layout);
+}
+}  // namespace orrery

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -33,3 +34,8 @@ std::vector<AppInfo> appInfos(std::initializer_list<std::string> ids);
 std::string describe(const Layout& layout);
 
 }  // namespace orrery::testing
+
+namespace orrery {
+// Readable GoogleTest output for arrangements.
+void PrintTo(const Layout& layout, std::ostream* out);
+}  // namespace orrery

@@ -1,0 +1,623 @@
+// The JSON coding of Layout: the DOM form for records that embed an
+// arrangement, and a streaming decoder plus a direct writer for the
+// arrangement file, which is read at every start and written after every edit.
+#include <nlohmann/json.hpp>
+
+#include "arrangement/Layout.h"
+
+namespace orrery {
+
+// --- JSON ---------------------------------------------------------------------
+
+namespace {
+
+using nlohmann::json;
+
+DecodingError failure(DecodingError::Kind kind, std::string path, std::string message) {
+  return DecodingError{kind, std::move(path), std::move(message)};
+}
+
+// The value under a required key, or why there is none.
+Expected<const json*, DecodingError> required(const json& object, const char* key, const std::string& path,
+                                              json::value_t type) {
+  const auto found = object.find(key);
+  const std::string where = path.empty() ? key : path + "." + key;
+  if (found == object.end())
+    return Unexpected(failure(DecodingError::Kind::keyNotFound, where,
+                              std::string("No value associated with key \"") + key + "\"."));
+  if (found->is_null())
+    return Unexpected(
+        failure(DecodingError::Kind::valueNotFound, where, "Expected a value but found null instead."));
+  const bool typeMatches = type == json::value_t::number_integer ? found->is_number() : found->type() == type;
+  if (!typeMatches)
+    return Unexpected(failure(DecodingError::Kind::typeMismatch, where,
+                              std::string("Expected ") + json(type).type_name() + " but found " +
+                                  found->type_name() + " instead."));
+  return &*found;
+}
+
+Expected<std::vector<std::string>, DecodingError> stringArray(const json& array, const std::string& path) {
+  std::vector<std::string> out;
+  out.reserve(array.size());
+  for (std::size_t i = 0; i < array.size(); ++i) {
+    if (!array[i].is_string())
+      return Unexpected(
+          failure(DecodingError::Kind::typeMismatch, path + "[" + std::to_string(i) + "]",
+                  "Expected to decode String but found " + std::string(array[i].type_name()) + " instead."));
+    out.push_back(array[i].get<std::string>());
+  }
+  return out;
+}
+
+// {"_0": payload}: the single associated value of an enumeration case.
+Expected<const json*, DecodingError> caseValue(const json& wrapper, const std::string& path,
+                                               json::value_t type) {
+  if (!wrapper.is_object())
+    return Unexpected(
+        failure(DecodingError::Kind::typeMismatch, path, "Expected to decode a keyed container."));
+  return required(wrapper, "_0", path, type);
+}
+
+Expected<Folder, DecodingError> decodeFolder(const json& object, const std::string& path) {
+  const auto id = required(object, "id", path, json::value_t::string);
+  if (!id) return Unexpected(id.error());
+  const auto name = required(object, "name", path, json::value_t::string);
+  if (!name) return Unexpected(name.error());
+  const auto appIDs = required(object, "appIDs", path, json::value_t::array);
+  if (!appIDs) return Unexpected(appIDs.error());
+
+  const auto uuid = Uuid::parse((*id)->get_ref<const std::string&>());
+  if (!uuid)
+    return Unexpected(failure(DecodingError::Kind::dataCorrupted, path + ".id",
+                              "Attempted to decode UUID from invalid UUID string."));
+  auto members = stringArray(**appIDs, path + ".appIDs");
+  if (!members) return Unexpected(members.error());
+  return Folder{*uuid, (*name)->get<std::string>(), std::move(*members)};
+}
+
+Expected<LayoutItem, DecodingError> decodeItem(const json& object, const std::string& path) {
+  if (!object.is_object())
+    return Unexpected(
+        failure(DecodingError::Kind::typeMismatch, path, "Expected to decode a keyed container."));
+  if (object.size() != 1)
+    return Unexpected(
+        failure(DecodingError::Kind::typeMismatch, path, "Invalid number of keys found, expected one."));
+  const auto& [key, wrapper] = *object.items().begin();
+  if (key == "app") {
+    const auto id = caseValue(wrapper, path + ".app", json::value_t::string);
+    if (!id) return Unexpected(id.error());
+    return LayoutItem::app((*id)->get<std::string>());
+  }
+  if (key == "folder") {
+    const auto folder = caseValue(wrapper, path + ".folder", json::value_t::object);
+    if (!folder) return Unexpected(folder.error());
+    auto decoded = decodeFolder(**folder, path + ".folder._0");
+    if (!decoded) return Unexpected(decoded.error());
+    return LayoutItem::folder(std::move(*decoded));
+  }
+  return Unexpected(failure(DecodingError::Kind::dataCorrupted, path, "Unknown item key \"" + key + "\"."));
+}
+
+}  // namespace
+
+nlohmann::json Layout::toJson() const {
+  json encodedItems = json::array();
+  for (const auto& item : items) {
+    if (const auto* id = item.appID()) {
+      encodedItems.push_back({{"app", {{"_0", *id}}}});
+    } else {
+      const Folder& folder = *item.asFolder();
+      encodedItems.push_back(
+          {{"folder",
+            {{"_0", {{"id", folder.id.text()}, {"name", folder.name}, {"appIDs", folder.appIDs}}}}}});
+    }
+  }
+  return json{{"version", version}, {"items", std::move(encodedItems)}, {"hidden", json(hidden)}};
+}
+
+Expected<Layout, DecodingError> Layout::fromJson(const nlohmann::json& object) {
+  if (!object.is_object())
+    return Unexpected(
+        failure(DecodingError::Kind::typeMismatch, "", "Expected to decode a keyed container."));
+  const auto versionValue = required(object, "version", "", json::value_t::number_integer);
+  if (!versionValue) return Unexpected(versionValue.error());
+  const auto itemsValue = required(object, "items", "", json::value_t::array);
+  if (!itemsValue) return Unexpected(itemsValue.error());
+  const auto hiddenValue = required(object, "hidden", "", json::value_t::array);
+  if (!hiddenValue) return Unexpected(hiddenValue.error());
+
+  Layout layout;
+  const json& number = **versionValue;
+  if (number.is_number_unsigned() && number.get<std::uint64_t>() > static_cast<std::uint64_t>(INT64_MAX))
+    return Unexpected(
+        failure(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64."));
+  if (number.is_number_float()) {
+    const double value = number.get<double>();
+    if (!(value == static_cast<double>(static_cast<std::int64_t>(value))) || value >= 9.2e18 ||
+        value <= -9.2e18)
+      return Unexpected(
+          failure(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64."));
+    layout.version = static_cast<std::int64_t>(value);
+  } else {
+    layout.version = number.get<std::int64_t>();
+  }
+
+  const json& encodedItems = **itemsValue;
+  layout.items.reserve(encodedItems.size());
+  for (std::size_t i = 0; i < encodedItems.size(); ++i) {
+    auto item = decodeItem(encodedItems[i], "items[" + std::to_string(i) + "]");
+    if (!item) return Unexpected(item.error());
+    layout.items.push_back(std::move(*item));
+  }
+  auto hiddenIDs = stringArray(**hiddenValue, "hidden");
+  if (!hiddenIDs) return Unexpected(hiddenIDs.error());
+  layout.hidden.insert(std::make_move_iterator(hiddenIDs->begin()),
+                       std::make_move_iterator(hiddenIDs->end()));
+  return layout;
+}
+
+// --- The arrangement file's fast paths -------------------------------------------
+
+namespace {
+
+// Appends `text` as a JSON string exactly as nlohmann's dump() writes it, so
+// encoded() and toJson().dump(2) give the same bytes.
+void appendString(std::string& out, std::string_view text) {
+  out.push_back('"');
+  static constexpr char hex[] = "0123456789abcdef";
+  const std::size_t start = out.size();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    switch (c) {
+      case '"':
+        out += "\\\"";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      case '\b':
+        out += "\\b";
+        break;
+      case '\f':
+        out += "\\f";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
+      default:
+        if (c < 0x20) {
+          out += "\\u00";
+          out.push_back(hex[c >> 4]);
+          out.push_back(hex[c & 0xF]);
+        } else if (c >= 0x80) {
+          // Leave anything beyond ASCII to the library, which validates the
+          // UTF-8 and replaces broken sequences instead of failing.
+          out.resize(start - 1);
+          out += json(std::string(text)).dump(-1, ' ', false, json::error_handler_t::replace);
+          return;
+        } else {
+          out.push_back(static_cast<char>(c));
+        }
+    }
+  }
+  out.push_back('"');
+}
+
+void newline(std::string& out, int depth) {
+  out.push_back('\n');
+  out.append(static_cast<std::size_t>(depth) * 2, ' ');
+}
+
+void appendStringArray(std::string& out, const auto& strings, int depth) {
+  if (std::empty(strings)) {
+    out += "[]";
+    return;
+  }
+  out.push_back('[');
+  bool first = true;
+  for (const auto& value : strings) {
+    if (!first) out.push_back(',');
+    first = false;
+    newline(out, depth + 1);
+    appendString(out, value);
+  }
+  newline(out, depth);
+  out.push_back(']');
+}
+
+}  // namespace
+
+std::string Layout::encoded() const {
+  // Written directly rather than through a DOM: the file is saved after every
+  // edit and a DOM of ten thousand items costs more than the disk write.
+  // Keys in sorted order, two-space indent, the layout nlohmann's dump(2) has.
+  std::string out;
+  out.reserve(64 + items.size() * 64);
+  out += "{\n  \"hidden\": ";
+  appendStringArray(out, hidden, 1);
+  out += ",\n  \"items\": ";
+  if (items.empty()) {
+    out += "[]";
+  } else {
+    out.push_back('[');
+    bool first = true;
+    for (const auto& item : items) {
+      if (!first) out.push_back(',');
+      first = false;
+      if (const auto* id = item.appID()) {
+        out += "\n    {\n      \"app\": {\n        \"_0\": ";
+        appendString(out, *id);
+        out += "\n      }\n    }";
+      } else {
+        const Folder& folder = *item.asFolder();
+        out += "\n    {\n      \"folder\": {\n        \"_0\": {\n          \"appIDs\": ";
+        appendStringArray(out, folder.appIDs, 5);
+        out += ",\n          \"id\": \"" + folder.id.text() + "\",\n          \"name\": ";
+        appendString(out, folder.name);
+        out += "\n        }\n      }\n    }";
+      }
+    }
+    out += "\n  ]";
+  }
+  out += ",\n  \"version\": " + std::to_string(version) + "\n}";
+  return out;
+}
+
+namespace {
+
+// Streams the arrangement file into a Layout without building a DOM. It keeps
+// fromJson()'s rules: every key required, extra keys skipped, an item object
+// with exactly one known key, and — like the DOM — a repeated key counts once,
+// its last value winning. Tests hold the two decoders to the same results.
+class StreamingDecoder final : public nlohmann::json_sax<json> {
+ public:
+  Expected<Layout, DecodingError> result() && {
+    if (error_) return Unexpected(std::move(*error_));
+    return std::move(layout_);
+  }
+
+  bool null() override { return scalar(Type::null, nullptr); }
+  bool boolean(bool) override { return scalar(Type::boolean, nullptr); }
+  bool number_integer(number_integer_t value) override {
+    return number(static_cast<double>(value), value, true);
+  }
+  bool number_unsigned(number_unsigned_t value) override {
+    if (value > static_cast<std::uint64_t>(INT64_MAX)) {
+      if (slot() == Slot::version)
+        return fail(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64.");
+      return scalar(Type::number, nullptr);
+    }
+    return number(static_cast<double>(value), static_cast<std::int64_t>(value), true);
+  }
+  bool number_float(number_float_t value, const string_t&) override { return number(value, 0, false); }
+  bool string(string_t& value) override { return scalar(Type::string, &value); }
+  bool binary(binary_t&) override { return scalar(Type::other, nullptr); }
+
+  bool start_object(std::size_t) override {
+    const Slot s = slot();
+    Frame frame;
+    switch (s) {
+      case Slot::ignored:
+        break;
+      case Slot::document:
+        frame.kind = Kind::root;
+        break;
+      case Slot::item:
+        frame.kind = Kind::item;
+        break;
+      case Slot::appCase:
+        frame.kind = Kind::appCase;
+        break;
+      case Slot::folderCase:
+        frame.kind = Kind::folderCase;
+        break;
+      case Slot::folder:
+        frame.kind = Kind::folder;
+        break;
+      default:
+        return mismatch(s, Type::object);
+    }
+    markSeen(s);
+    frame.path = childPath();
+    frames_.push_back(std::move(frame));
+    return true;
+  }
+
+  bool key(string_t& name) override {
+    Frame& frame = frames_.back();
+    if (frame.kind == Kind::item) {
+      if (frame.firstKey.empty() && frame.keys == 0) {
+        frame.firstKey = name;
+        frame.keys = 1;
+      } else if (name != frame.firstKey) {
+        return fail(DecodingError::Kind::typeMismatch, frame.path,
+                    "Invalid number of keys found, expected one.");
+      }
+    }
+    frame.key = std::move(name);
+    return true;
+  }
+
+  bool end_object() override {
+    Frame frame = std::move(frames_.back());
+    frames_.pop_back();
+    if (!finish(frame)) return false;
+    advance();
+    return true;
+  }
+
+  bool start_array(std::size_t) override {
+    const Slot s = slot();
+    Frame frame;
+    switch (s) {
+      case Slot::ignored:
+        break;
+      case Slot::items:
+        frame.kind = Kind::items;
+        layout_.items.clear();
+        break;
+      case Slot::hidden:
+        frame.kind = Kind::hidden;
+        layout_.hidden.clear();
+        break;
+      case Slot::folderAppIDs:
+        frame.kind = Kind::appIDs;
+        current(Kind::folder)->folder.appIDs.clear();
+        break;
+      default:
+        return mismatch(s, Type::array);
+    }
+    markSeen(s);
+    frame.path = childPath();
+    frames_.push_back(std::move(frame));
+    return true;
+  }
+
+  bool end_array() override {
+    frames_.pop_back();
+    advance();
+    return true;
+  }
+
+  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
+    if (!error_)
+      error_ = DecodingError{DecodingError::Kind::dataCorrupted, "", "The given data was not valid JSON."};
+    return false;
+  }
+
+ private:
+  enum class Kind { root, items, hidden, item, appCase, folderCase, folder, appIDs, skipped };
+  enum class Slot {
+    document,
+    version,
+    items,
+    hidden,
+    item,
+    hiddenEntry,
+    appCase,
+    folderCase,
+    appID,
+    folder,
+    folderID,
+    folderName,
+    folderAppIDs,
+    folderAppID,
+    ignored
+  };
+  enum class Type { null, boolean, number, string, object, array, other };
+
+  struct Frame {
+    Kind kind = Kind::skipped;
+    std::string path;
+    std::string key;        // the object key whose value comes next
+    std::size_t index = 0;  // next element of an array
+    int seen = 0;           // required keys met so far, one bit each
+    int keys = 0;           // distinct keys of an item object
+    std::string firstKey;
+    std::optional<LayoutItem> item;  // an item object's payload
+    Folder folder;
+    std::string folderID;
+  };
+
+  // What the next value is, given where the decoder stands.
+  Slot slot() const {
+    if (frames_.empty()) return Slot::document;
+    const Frame& frame = frames_.back();
+    switch (frame.kind) {
+      case Kind::root:
+        if (frame.key == "version") return Slot::version;
+        if (frame.key == "items") return Slot::items;
+        if (frame.key == "hidden") return Slot::hidden;
+        return Slot::ignored;
+      case Kind::items:
+        return Slot::item;
+      case Kind::hidden:
+        return Slot::hiddenEntry;
+      case Kind::item:
+        if (frame.key == "app") return Slot::appCase;
+        if (frame.key == "folder") return Slot::folderCase;
+        return Slot::ignored;
+      case Kind::appCase:
+        return frame.key == "_0" ? Slot::appID : Slot::ignored;
+      case Kind::folderCase:
+        return frame.key == "_0" ? Slot::folder : Slot::ignored;
+      case Kind::folder:
+        if (frame.key == "id") return Slot::folderID;
+        if (frame.key == "name") return Slot::folderName;
+        if (frame.key == "appIDs") return Slot::folderAppIDs;
+        return Slot::ignored;
+      case Kind::appIDs:
+        return Slot::folderAppID;
+      case Kind::skipped:
+        return Slot::ignored;
+    }
+    return Slot::ignored;
+  }
+
+  // Checks a finished object and hands its value to the one it belongs to.
+  bool finish(Frame& frame) {
+    switch (frame.kind) {
+      case Kind::root:
+        for (const auto& [bit, key] : {std::pair{1, "version"}, {2, "items"}, {4, "hidden"}})
+          if (!(frame.seen & bit)) return missing(frame.path, key);
+        return true;
+      case Kind::item:
+        if (frame.keys != 1)
+          return fail(DecodingError::Kind::typeMismatch, frame.path,
+                      "Invalid number of keys found, expected one.");
+        if (!frame.item)
+          return fail(DecodingError::Kind::dataCorrupted, frame.path,
+                      "Unknown item key \"" + frame.firstKey + "\".");
+        layout_.items.push_back(std::move(*frame.item));
+        return true;
+      case Kind::appCase:
+      case Kind::folderCase:
+        if (!(frame.seen & 1)) return missing(frame.path, "_0");
+        return true;
+      case Kind::folder: {
+        for (const auto& [bit, key] : {std::pair{1, "id"}, {2, "name"}, {4, "appIDs"}})
+          if (!(frame.seen & bit)) return missing(frame.path, key);
+        const auto id = Uuid::parse(frame.folderID);
+        if (!id)
+          return fail(DecodingError::Kind::dataCorrupted, frame.path + ".id",
+                      "Attempted to decode UUID from invalid UUID string.");
+        frame.folder.id = *id;
+        // The enclosing case, then the item that receives the folder.
+        frames_[frames_.size() - 2].item = LayoutItem::folder(std::move(frame.folder));
+        return true;
+      }
+      default:
+        return true;
+    }
+  }
+
+  Frame* current(Kind kind) {
+    for (auto it = frames_.rbegin(); it != frames_.rend(); ++it)
+      if (it->kind == kind) return &*it;
+    return nullptr;
+  }
+
+  std::string childPath() const {
+    if (frames_.empty()) return {};
+    const Frame& frame = frames_.back();
+    if (frame.kind == Kind::items || frame.kind == Kind::hidden || frame.kind == Kind::appIDs)
+      return frame.path + "[" + std::to_string(frame.index) + "]";
+    return frame.path.empty() ? frame.key : frame.path + "." + frame.key;
+  }
+
+  void markSeen(Slot s) {
+    Frame& frame = frames_.back();
+    switch (s) {
+      case Slot::version:
+      case Slot::appID:
+      case Slot::folder:
+      case Slot::folderID:
+        frame.seen |= 1;
+        break;
+      case Slot::items:
+      case Slot::folderName:
+        frame.seen |= 2;
+        break;
+      case Slot::hidden:
+      case Slot::folderAppIDs:
+        frame.seen |= 4;
+        break;
+      default:
+        break;
+    }
+  }
+
+  // After a value inside an array, the next one has the next index.
+  void advance() {
+    if (!frames_.empty()) ++frames_.back().index;
+  }
+
+  bool number(double asDouble, std::int64_t asInteger, bool integral) {
+    const Slot s = slot();
+    if (s != Slot::version) return scalar(Type::number, nullptr);
+    if (!integral) {
+      if (!(asDouble == static_cast<double>(static_cast<std::int64_t>(asDouble))) || asDouble >= 9.2e18 ||
+          asDouble <= -9.2e18)
+        return fail(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64.");
+      asInteger = static_cast<std::int64_t>(asDouble);
+    }
+    layout_.version = asInteger;
+    markSeen(s);
+    return true;
+  }
+
+  bool scalar(Type type, std::string* text) {
+    const Slot s = slot();
+    if (s == Slot::ignored) {
+      advance();
+      return true;
+    }
+    if (type == Type::null && s != Slot::document && s != Slot::item && s != Slot::hiddenEntry &&
+        s != Slot::folderAppID)
+      return fail(DecodingError::Kind::valueNotFound, childPath(),
+                  "Expected a value but found null instead.");
+    if (type != Type::string || !text) return mismatch(s, type);
+    switch (s) {
+      case Slot::hiddenEntry:
+        layout_.hidden.insert(std::move(*text));
+        break;
+      case Slot::appID:
+        frames_[frames_.size() - 2].item = LayoutItem::app(std::move(*text));
+        break;
+      case Slot::folderID:
+        frames_.back().folderID = std::move(*text);
+        break;
+      case Slot::folderName:
+        frames_.back().folder.name = std::move(*text);
+        break;
+      case Slot::folderAppID:  // inside the appIDs array of the folder
+        frames_[frames_.size() - 2].folder.appIDs.push_back(std::move(*text));
+        break;
+      default:
+        return mismatch(s, type);
+    }
+    markSeen(s);
+    advance();
+    return true;
+  }
+
+  bool mismatch(Slot, Type) {
+    return fail(DecodingError::Kind::typeMismatch, childPath(), "Expected a value of another type.");
+  }
+
+  bool missing(const std::string& path, const char* key) {
+    return fail(DecodingError::Kind::keyNotFound, path.empty() ? key : path + "." + key,
+                std::string("No value associated with key \"") + key + "\".");
+  }
+
+  bool fail(DecodingError::Kind kind, std::string path, std::string message) {
+    if (!error_) error_ = DecodingError{kind, std::move(path), std::move(message)};
+    return false;
+  }
+
+  Layout layout_;
+  std::vector<Frame> frames_;
+  std::optional<DecodingError> error_;
+};
+
+}  // namespace
+
+Expected<Layout, DecodingError> Layout::decode(std::string_view bytes) {
+  StreamingDecoder decoder;
+  const bool parsed = json::sax_parse(bytes.begin(), bytes.end(), &decoder);
+  if (!parsed) {
+    auto result = std::move(decoder).result();
+    if (!result) return result;
+    return Unexpected(
+        DecodingError{DecodingError::Kind::dataCorrupted, "", "The given data was not valid JSON."});
+  }
+  return std::move(decoder).result();
+}
+
+}  // namespace orrery
