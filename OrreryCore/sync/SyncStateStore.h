@@ -1,0 +1,131 @@
+// SyncStateStore: the sync state on disk, "sync-state.json" in the same
+// folder as the arrangement file.
+//
+// Built so that damaged bookkeeping never silently turns sync off and is
+// never overwritten unseen:
+// - a file that cannot be read at all (permissions, I/O) is left alone:
+//   loading reports `unreadable`, and save() refuses to write;
+// - a file that cannot be decoded (not JSON, or a strict key malformed) is
+//   moved aside under a dated name ("sync-state.corrupt-<stamp>.json", the
+//   same naming as the arrangement file's copies) before a fresh record takes
+//   its place;
+// - every write is a durable atomic replacement; temporary files of a
+//   crashed save (".sync-state.json.tmp-<UUID>") are deleted when loading.
+// At start-up a state that was unreadable or damaged makes the catalog act
+// as if sync were on, so apps missing here are not pruned from the shared
+// arrangement; treatingExistingLayout() makes a lost state with a non-empty
+// arrangement count as user edits, so the first sync asks instead of
+// overwriting the user's work.
+//
+// File access goes through a FileSystem (the real disk unless a test passes
+// a MemoryFileSystem), and "now" for dated names through an injected clock.
+//
+// Thread rules: no state besides the folder; the application calls it on
+// the main thread only.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "arrangement/Layout.h"
+#include "base/Date.h"
+#include "base/Expected.h"
+#include "storage/FileSystem.h"
+#include "sync/SyncState.h"
+
+namespace orrery {
+
+class SyncStateStore {
+ public:
+  static constexpr std::string_view fileName = "sync-state.json";
+  static constexpr std::string_view corruptPrefix = "sync-state.corrupt-";
+
+  struct LoadResult {
+    SyncState state;
+    bool unreadable = false;  // the file exists but cannot be read; do not save
+    bool wasCorrupt = false;  // the file could not be decoded and was set aside
+    bool wasMissing = false;  // there was no file
+
+    // When the state was lost (missing or damaged) but the arrangement holds
+    // items or hidden apps, the result with `userEdited` set; otherwise the
+    // result unchanged.
+    LoadResult treatingExistingLayout(const Layout& layout) const;
+
+    friend bool operator==(const LoadResult&, const LoadResult&) = default;
+  };
+
+  class SaveError {
+   public:
+    enum class Kind {
+      // The file could not be decoded and moving it aside failed; carries the
+      // move's error. Nothing was written.
+      couldNotSetAsideCorrupt,
+      // The file exists but cannot be read. Nothing was written.
+      unreadable,
+      // Creating the folder or writing the file failed; carries the error.
+      fileSystem,
+    };
+
+    static SaveError couldNotSetAsideCorrupt(FileError moveError) {
+      return SaveError(SetAside{std::move(moveError)});
+    }
+    static SaveError unreadable() { return SaveError(Unreadable{}); }
+    static SaveError fileSystem(FileError error) { return SaveError(Failed{std::move(error)}); }
+
+    Kind kind() const { return static_cast<Kind>(value_.index()); }
+    // The underlying error; null for unreadable.
+    const FileError* fileError() const;
+    // A sentence for the user and the log.
+    std::string description() const;
+
+    friend bool operator==(const SaveError&, const SaveError&) = default;
+
+   private:
+    struct SetAside {
+      FileError error;
+      friend bool operator==(const SetAside&, const SetAside&) = default;
+    };
+    struct Unreadable {
+      friend bool operator==(const Unreadable&, const Unreadable&) = default;
+    };
+    struct Failed {
+      FileError error;
+      friend bool operator==(const Failed&, const Failed&) = default;
+    };
+    template <typename Case>
+    explicit SaveError(Case value) : value_(std::move(value)) {}
+    std::variant<SetAside, Unreadable, Failed> value_;  // in the order of Kind
+  };
+
+  using Clock = std::function<Date()>;
+
+  // On the real disk, with the system clock.
+  explicit SyncStateStore(std::filesystem::path directory);
+  // On the given file system, which must outlive the store. An empty clock
+  // means the system clock.
+  SyncStateStore(std::filesystem::path directory, FileSystem& fileSystem, Clock now = {});
+
+  // Never fails: what went wrong shows in the flags and in the file moved aside.
+  LoadResult loadWithStatus() const;
+  SyncState load() const;
+
+  Expected<std::monostate, SaveError> save(const SyncState& state) const;
+
+  std::filesystem::path file() const { return directory / fileName; }
+
+  // The folder holding the file.
+  std::filesystem::path directory;
+
+ private:
+  struct ReadResult;
+  ReadResult read() const;
+  Date now() const;
+
+  FileSystem* fileSystem_;
+  Clock clock_;
+};
+
+}  // namespace orrery
