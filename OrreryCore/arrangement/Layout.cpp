@@ -146,11 +146,31 @@ std::size_t at(Index index) { return static_cast<std::size_t>(index); }
 
 }  // namespace
 
+namespace {
+
+// Every app ID the arrangement mentions, as views into it.
+std::unordered_set<std::string_view> referencedViews(const Layout& layout) {
+  std::unordered_set<std::string_view> ids(layout.hidden.begin(), layout.hidden.end());
+  ids.reserve(layout.items.size() * 2);
+  for (const auto& item : layout.items) {
+    if (const auto* id = item.appID()) {
+      ids.insert(*id);
+    } else {
+      const auto& members = item.asFolder()->appIDs;
+      ids.insert(members.begin(), members.end());
+    }
+  }
+  return ids;
+}
+
+}  // namespace
+
 Layout Layout::reconciled(const std::vector<AppInfo>& apps, const AppIDSet& keeping) const {
-  AppIDSet present = keeping;
+  // Views, not copies: a scan reconciles thousands of IDs on every change.
+  std::unordered_set<std::string_view> present(keeping.begin(), keeping.end());
   present.reserve(keeping.size() + apps.size());
   for (const auto& app : apps) present.insert(app.id);
-  const AppIDSet known = referencedAppIDs();
+  const auto known = referencedViews(*this);
 
   Layout result;
   result.version = version;
@@ -174,7 +194,7 @@ Layout Layout::reconciled(const std::vector<AppInfo>& apps, const AppIDSet& keep
       if (const int byName = sortKeys[a].compare(sortKeys[b]); byName != 0) return byName < 0;
       return fresh[a]->id < fresh[b]->id;
     });
-    AppIDSet appended;
+    std::unordered_set<std::string_view> appended;
     for (const std::size_t i : order)
       if (appended.insert(fresh[i]->id).second) result.items.push_back(LayoutItem::app(fresh[i]->id));
   }
@@ -390,15 +410,79 @@ Layout Layout::pruned(const AppIDSet& keeping) const {
   return result;
 }
 
+namespace {
+
+// True when an app ID has more than one place (items, folders, hidden).
+bool hasRepeatedApps(const Layout& layout) {
+  std::vector<std::string_view> ids(layout.hidden.begin(), layout.hidden.end());
+  ids.reserve(layout.hidden.size() + layout.items.size() * 2);
+  for (const auto& item : layout.items) {
+    if (const auto* id = item.appID()) {
+      ids.push_back(*id);
+    } else {
+      const auto& members = item.asFolder()->appIDs;
+      ids.insert(ids.end(), members.begin(), members.end());
+    }
+  }
+  std::sort(ids.begin(), ids.end());
+  return std::adjacent_find(ids.begin(), ids.end()) != ids.end();
+}
+
+// The items with every app's first place kept and later ones dropped; hidden
+// apps lose their places in the grid. Folders emptied by that vanish.
+std::vector<LayoutItem> withoutRepeatedApps(std::vector<LayoutItem> items,
+                                            const std::set<std::string>& hidden) {
+  std::unordered_set<std::string_view> seen(hidden.begin(), hidden.end());
+  std::vector<LayoutItem> unique;
+  unique.reserve(items.size());
+  for (auto& item : items) {
+    if (const auto* id = item.appID()) {
+      // The view must point at the string's final home: moving a short
+      // string moves its characters.
+      if (seen.contains(*id)) continue;
+      unique.push_back(std::move(item));
+      seen.insert(*unique.back().appID());
+      continue;
+    }
+    Folder& folder = *item.asFolder();
+    const bool wasEmpty = folder.appIDs.empty();
+    std::erase_if(folder.appIDs, [&](const std::string& id) { return !seen.insert(id).second; });
+    if (!folder.appIDs.empty() || wasEmpty) unique.push_back(std::move(item));
+  }
+  return unique;
+}
+
+// A top-level key that refers to strings held elsewhere, so ordering ten
+// thousand items copies no app ID.
+struct KeyView {
+  bool isFolder = false;
+  std::string_view app;
+  Uuid folder;
+  friend bool operator==(const KeyView&, const KeyView&) = default;
+};
+
+struct KeyViewHash {
+  std::size_t operator()(const KeyView& key) const noexcept {
+    return key.isFolder ? std::hash<Uuid>()(key.folder) : std::hash<std::string_view>()(key.app);
+  }
+};
+
+KeyView keyView(const LayoutItem& item) {
+  if (const auto* id = item.appID()) return KeyView{false, *id, {}};
+  return KeyView{true, {}, item.asFolder()->id};
+}
+
+}  // namespace
+
 Layout Layout::embedding(const Layout& edited, const LayoutProjection& projection,
                          const AppIDSet& installed) const {
-  const auto isInvisible = [&](const std::string& id) { return !installed.contains(id); };
+  const auto isInvisible = [&](std::string_view id) { return !installed.contains(id); };
 
   std::unordered_map<Uuid, const Folder*> oldFolders;
   for (const auto& item : items)
     if (const Folder* folder = item.asFolder()) oldFolders.try_emplace(folder->id, folder);
 
-  // Which old folders the view showed, as themselves or collapsed to an app.
+  // Which old folders the view shows as themselves.
   std::unordered_set<Uuid> editedFolders;
   for (const auto& item : edited.items)
     if (const Folder* folder = item.asFolder()) editedFolders.insert(folder->id);
@@ -419,40 +503,43 @@ Layout Layout::embedding(const Layout& edited, const LayoutProjection& projectio
     }
     editedItems.push_back(item);
   }
-  std::unordered_map<LayoutItemKey, LayoutItem*, LayoutItemKeyHash> editedByKey;
-  std::vector<LayoutItemKey> editedKeys;
+
+  std::vector<KeyView> oldKeys;
+  oldKeys.reserve(items.size());
+  for (const auto& item : items) oldKeys.push_back(keyView(item));
+  std::vector<KeyView> editedKeys;
   editedKeys.reserve(editedItems.size());
-  for (auto& item : editedItems) {
-    editedKeys.push_back(item.key());
-    editedByKey.try_emplace(editedKeys.back(), &item);
-  }
+  for (const auto& item : editedItems) editedKeys.push_back(keyView(item));
 
   // Old items the view could not have removed: apps not installed here, and
   // folders that still hold an app not installed here.
-  const auto keepFromOld = [&](const LayoutItemKey& key) {
-    if (const auto* id = key.appID()) return isInvisible(*id);
-    const Folder& folder = *oldFolders.at(*key.folderID());
+  const auto keepFromOld = [&](const KeyView& key) {
+    if (!key.isFolder) return isInvisible(key.app);
+    const Folder& folder = *oldFolders.at(key.folder);
     return std::any_of(folder.appIDs.begin(), folder.appIDs.end(), isInvisible);
   };
-  std::unordered_map<LayoutItemKey, const LayoutItem*, LayoutItemKeyHash> oldByKey;
-  for (const auto& item : items) oldByKey.try_emplace(item.key(), &item);
 
   Layout result;
   result.version = version;
-  for (const auto& key : embedOrder<LayoutItemKey, LayoutItemKeyHash>(keys(), editedKeys, keepFromOld)) {
-    if (const auto found = editedByKey.find(key); found != editedByKey.end()) {
-      LayoutItem item = *found->second;
+  const auto places = embedOrderPlaces<KeyView, KeyViewHash>(oldKeys, editedKeys, keepFromOld);
+  result.items.reserve(places.size());
+  for (const auto& place : places) {
+    if (place.fromEdited) {
+      LayoutItem item = editedItems[place.index];
       // A folder the view showed keeps its invisible members where they were.
       if (Folder* folder = item.asFolder(); folder && oldFolders.contains(folder->id)) {
-        folder->appIDs = embedOrder(oldFolders.at(folder->id)->appIDs, folder->appIDs,
-                                    [&](const std::string& id) { return isInvisible(id); });
+        const auto& oldMembers = oldFolders.at(folder->id)->appIDs;
+        const auto order = embedOrder<std::string_view>(
+            std::vector<std::string_view>(oldMembers.begin(), oldMembers.end()),
+            std::vector<std::string_view>(folder->appIDs.begin(), folder->appIDs.end()), isInvisible);
+        folder->appIDs = std::vector<std::string>(order.begin(), order.end());
       }
       result.items.push_back(std::move(item));
     } else {
-      // Only invisible parts of an old item come back.
-      LayoutItem item = *oldByKey.at(key);
+      // Only the invisible parts of an old item come back.
+      LayoutItem item = items[place.index];
       if (Folder* folder = item.asFolder())
-        std::erase_if(folder->appIDs, [&](const auto& id) { return !isInvisible(id); });
+        std::erase_if(folder->appIDs, [&](const std::string& id) { return !isInvisible(id); });
       result.items.push_back(std::move(item));
     }
   }
@@ -462,21 +549,9 @@ Layout Layout::embedding(const Layout& edited, const LayoutProjection& projectio
     if (isInvisible(id)) result.hidden.insert(id);
 
   // Every app exactly once, whatever the inputs held: the first place wins and
-  // a hidden app has no place in the grid. Folders emptied by that vanish.
-  AppIDSet seen(result.hidden.begin(), result.hidden.end());
-  std::vector<LayoutItem> unique;
-  unique.reserve(result.items.size());
-  for (auto& item : result.items) {
-    if (const auto* id = item.appID()) {
-      if (seen.insert(*id).second) unique.push_back(std::move(item));
-      continue;
-    }
-    Folder& folder = *item.asFolder();
-    const bool wasEmpty = folder.appIDs.empty();
-    std::erase_if(folder.appIDs, [&](const std::string& id) { return !seen.insert(id).second; });
-    if (!folder.appIDs.empty() || wasEmpty) unique.push_back(std::move(item));
-  }
-  result.items = std::move(unique);
+  // a hidden app has no place in the grid. Consistent inputs, the usual
+  // case, are recognised with one sort and left as they are.
+  if (hasRepeatedApps(result)) result.items = withoutRepeatedApps(std::move(result.items), result.hidden);
   return result;
 }
 

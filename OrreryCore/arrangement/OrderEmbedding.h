@@ -23,46 +23,74 @@
 // Thread rules: pure functions.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace orrery {
 
-template <typename Key, typename Hash = std::hash<Key>, typename Keep>
-std::vector<Key> embedOrder(const std::vector<Key>& old, const std::vector<Key>& edited, Keep&& keep) {
-  std::unordered_set<Key, Hash> inEdited;
-  inEdited.reserve(edited.size());
-  std::vector<Key> editedOnce;
-  editedOnce.reserve(edited.size());
-  for (const Key& key : edited)
-    if (inEdited.insert(key).second) editedOnce.push_back(key);
+// Where one element of the result comes from: `edited[index]` or `old[index]`.
+struct EmbeddedPlace {
+  bool fromEdited = true;
+  std::size_t index = 0;
+  friend bool operator==(const EmbeddedPlace&, const EmbeddedPlace&) = default;
+};
 
-  // Kept elements grouped by the edited element they follow; the group of
-  // `front` goes before everything.
-  std::vector<Key> front;
-  std::unordered_map<Key, std::vector<Key>, Hash> following;
-  std::unordered_set<Key, Hash> placed;
-  const Key* anchor = nullptr;
-  for (const Key& key : old) {
-    if (inEdited.contains(key)) {
-      anchor = &key;
+// The rule above, told as places in the two inputs, so callers holding
+// records beside their keys need no second lookup. One hash table and flat
+// arrays: this runs over every item of an arrangement on each sync.
+template <typename Key, typename Hash = std::hash<Key>, typename Keep>
+std::vector<EmbeddedPlace> embedOrderPlaces(const std::vector<Key>& old, const std::vector<Key>& edited,
+                                            Keep&& keep) {
+  constexpr std::size_t kNotEdited = static_cast<std::size_t>(-1);
+  // Key -> its first index in edited; kNotEdited for kept old elements, so a
+  // repeated old element is placed once.
+  std::unordered_map<Key, std::size_t, Hash> seen;
+  seen.reserve(edited.size() + old.size() / 4 + 1);
+  std::vector<char> editedFirst(edited.size(), 0);
+  for (std::size_t i = 0; i < edited.size(); ++i) editedFirst[i] = seen.try_emplace(edited[i], i).second;
+
+  // Kept old elements with the edited slot they follow (0 = the front,
+  // k + 1 = after edited[k]), in old order.
+  std::vector<std::pair<std::size_t, std::size_t>> kept;
+  std::size_t anchor = 0;
+  for (std::size_t i = 0; i < old.size(); ++i) {
+    if (const auto found = seen.find(old[i]); found != seen.end()) {
+      if (found->second != kNotEdited) anchor = found->second + 1;
       continue;
     }
-    if (!keep(key) || !placed.insert(key).second) continue;
-    (anchor ? following[*anchor] : front).push_back(key);
+    if (!keep(old[i])) continue;
+    seen.emplace(old[i], kNotEdited);
+    kept.emplace_back(anchor, i);
   }
+  // Stable by anchor, so a group keeps its old order.
+  std::stable_sort(kept.begin(), kept.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
 
-  std::vector<Key> result;
-  result.reserve(editedOnce.size() + placed.size());
-  result.insert(result.end(), front.begin(), front.end());
-  for (const Key& key : editedOnce) {
-    result.push_back(key);
-    if (auto group = following.find(key); group != following.end())
-      result.insert(result.end(), group->second.begin(), group->second.end());
+  std::vector<EmbeddedPlace> result;
+  result.reserve(edited.size() + kept.size());
+  std::size_t next = 0;
+  const auto emitKeptUpTo = [&](std::size_t slot) {
+    for (; next < kept.size() && kept[next].first == slot; ++next)
+      result.push_back({false, kept[next].second});
+  };
+  emitKeptUpTo(0);
+  for (std::size_t i = 0; i < edited.size(); ++i) {
+    if (!editedFirst[i]) continue;
+    result.push_back({true, i});
+    emitKeptUpTo(i + 1);
   }
+  return result;
+}
+
+template <typename Key, typename Hash = std::hash<Key>, typename Keep>
+std::vector<Key> embedOrder(const std::vector<Key>& old, const std::vector<Key>& edited, Keep&& keep) {
+  std::vector<Key> result;
+  const auto places = embedOrderPlaces<Key, Hash>(old, edited, std::forward<Keep>(keep));
+  result.reserve(places.size());
+  for (const auto& place : places)
+    result.push_back(place.fromEdited ? edited[place.index] : old[place.index]);
   return result;
 }
 
