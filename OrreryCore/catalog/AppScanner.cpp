@@ -143,7 +143,8 @@ std::shared_ptr<const DirectoryReader> DirectoryReader::posix() {
   return reader;
 }
 
-std::vector<BundleRecord> AppScanner::scan(const std::string& rootPath) const {
+std::vector<BundleRecord> AppScanner::scan(const std::string& rootPath,
+                                           BundleFormat::Reader& candidates) const {
   const std::string root = standardizedRoot(rootPath);
   if (root.empty()) return {};
   const BundleFormat::Kind wanted = format->candidateKind();
@@ -175,7 +176,7 @@ std::vector<BundleRecord> AppScanner::scan(const std::string& rootPath) const {
             entry.type == DirectoryReader::Type::symlink ? reader->resolvedType(path) : entry.type;
         if (type != wantedType || depth > maxDepth) continue;
         const std::string_view relative = std::string_view(path).substr(relativeStart);
-        BundleRecord record = format->read(path, relative);
+        BundleRecord record = candidates.read(path, relative);
         const std::size_t length = characterCount(record.app.url);
         found.push_back(Found{std::move(record), length});
         continue;
@@ -198,10 +199,12 @@ std::vector<BundleRecord> AppScanner::scan(const std::string& rootPath) const {
 std::vector<AppInfo> AppScanner::scan() const {
   if (!format || !reader) return {};
 
+  const std::unique_ptr<BundleFormat::Reader> records = format->startScan();
+  if (!records) return {};
   std::vector<AppInfo> apps;
   std::unordered_set<std::string> seen;
   for (const std::string& root : roots) {
-    for (BundleRecord& record : scan(root)) {
+    for (BundleRecord& record : scan(root, *records)) {
       if (!seen.insert(record.app.id).second) continue;
       if (record.listed) apps.push_back(std::move(record.app));
     }

@@ -71,7 +71,7 @@ struct AppScanner {
   std::vector<AppInfo> scan() const;
 
  private:
-  std::vector<BundleRecord> scan(const std::string& root) const;
+  std::vector<BundleRecord> scan(const std::string& root, BundleFormat::Reader& candidates) const;
 };
 
 }  // namespace orrery

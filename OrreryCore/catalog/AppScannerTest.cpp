@@ -33,7 +33,18 @@ class TestFormat final : public BundleFormat {
   }
   Kind candidateKind() const override { return kind_; }
 
-  BundleRecord read(const std::string& path, std::string_view relativePath) const override {
+  std::unique_ptr<Reader> startScan() const override {
+    struct Records final : Reader {
+      explicit Records(const TestFormat& owner) : format(owner) {}
+      BundleRecord read(const std::string& path, std::string_view relativePath) override {
+        return format.read(path, relativePath);
+      }
+      const TestFormat& format;
+    };
+    return std::make_unique<Records>(*this);
+  }
+
+  BundleRecord read(const std::string& path, std::string_view relativePath) const {
     const fs::path bundle(path);
     BundleRecord record;
     record.app.url = path;

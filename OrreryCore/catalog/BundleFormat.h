@@ -16,6 +16,7 @@
 // may run on any thread, several at once, with the same format.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,20 @@ class BundleFormat {
  public:
   enum class Kind { directory, regularFile };
 
+  // Reads the candidates of one scan, on the scanning thread only. It may
+  // remember what holds for the length of a scan (which programs are
+  // installed, the language names are wanted in) and reuse its buffers.
+  class Reader {
+   public:
+    virtual ~Reader() = default;
+
+    // The record of the candidate at `path`, which lies `relativePath` below
+    // its root ("Utilities/Terminal.app"). `app.url` is `path` itself, never
+    // the target of a link. Never fails: what cannot be read degrades to
+    // fallbacks or to an unlisted record.
+    virtual BundleRecord read(const std::string& path, std::string_view relativePath) = 0;
+  };
+
   virtual ~BundleFormat() = default;
 
   // The folders to search on this machine, in priority order.
@@ -50,11 +65,8 @@ class BundleFormat {
   // What a candidate must be, with symbolic links resolved, to be read.
   virtual Kind candidateKind() const = 0;
 
-  // The record of the candidate at `path`, which lies `relativePath` below
-  // its root ("Utilities/Terminal.app"). `app.url` is `path` itself, never
-  // the target of a link. Never fails: what cannot be read degrades to
-  // fallbacks or to an unlisted record.
-  virtual BundleRecord read(const std::string& path, std::string_view relativePath) const = 0;
+  // A reader for one scan.
+  virtual std::unique_ptr<Reader> startScan() const = 0;
 };
 
 }  // namespace orrery

@@ -99,7 +99,19 @@ bool AppBundleFormat::isCandidate(std::string_view name) const {
   return name.size() > 4 && name.ends_with(".app");
 }
 
-BundleRecord AppBundleFormat::read(const std::string& path, std::string_view /*relativePath*/) const {
+std::unique_ptr<BundleFormat::Reader> AppBundleFormat::startScan() const {
+  // Bundles share nothing worth remembering between them.
+  struct Records final : Reader {
+    explicit Records(const AppBundleFormat& owner) : format(owner) {}
+    BundleRecord read(const std::string& path, std::string_view /*relativePath*/) override {
+      return format.read(path);
+    }
+    const AppBundleFormat& format;
+  };
+  return std::make_unique<Records>(*this);
+}
+
+BundleRecord AppBundleFormat::read(const std::string& path) const {
   const Plist info = readDictionary(path + "/Contents/Info.plist");
 
   BundleRecord record;

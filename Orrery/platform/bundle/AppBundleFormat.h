@@ -32,7 +32,10 @@ class AppBundleFormat final : public BundleFormat {
   std::vector<std::string> defaultRoots() const override;
   bool isCandidate(std::string_view name) const override;
   Kind candidateKind() const override { return Kind::directory; }
-  BundleRecord read(const std::string& path, std::string_view relativePath) const override;
+  std::unique_ptr<Reader> startScan() const override;
+
+  // The record of the bundle at `path`.
+  BundleRecord read(const std::string& path) const;
 
  private:
   std::string homeFolder_;

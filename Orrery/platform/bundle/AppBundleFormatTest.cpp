@@ -81,7 +81,7 @@ class AppBundleFormatTest : public ::testing::Test {
 
 TEST_F(AppBundleFormatTest, ReadsNamesAndIdsFromXmlAndBinaryPlists) {
   const AppBundleFormat format("/home/u");
-  const auto record = [&](const std::string& path) { return format.read(path, "").app; };
+  const auto record = [&](const std::string& path) { return format.read(path).app; };
 
   const auto xml = bundle("Mail.app", xmlPlist({{"CFBundleDisplayName", "Mail &amp; More"},
                                                 {"CFBundleName", "MailName"},

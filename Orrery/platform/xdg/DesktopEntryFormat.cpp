@@ -1,11 +1,15 @@
 #include "platform/xdg/DesktopEntryFormat.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <memory>
+#include <optional>
+#include <unordered_map>
 
 #include <glib.h>
 
@@ -78,10 +82,6 @@ bool programExists(std::string_view program, const std::string& searchPath) {
   }
 }
 
-GText stringValue(GKeyFile* keys, const char* key) {
-  return GText(g_key_file_get_string(keys, kGroup, key, nullptr));
-}
-
 bool isSet(const GText& text) { return text && text.get()[0] != '\0'; }
 
 bool contains(gchar** list, const std::string& value) {
@@ -90,49 +90,234 @@ bool contains(gchar** list, const std::string& value) {
   return false;
 }
 
-// OnlyShowIn/NotShowIn against the current desktops, in their order: the
-// first desktop either list names decides; with none named, an entry with
-// an OnlyShowIn list is not for this desktop.
-bool shownIn(GKeyFile* keys, const std::vector<std::string>& desktops) {
-  const GStrings only(g_key_file_get_string_list(keys, kGroup, "OnlyShowIn", nullptr, nullptr));
-  const GStrings notIn(g_key_file_get_string_list(keys, kGroup, "NotShowIn", nullptr, nullptr));
-  for (const std::string& desktop : desktops) {
-    if (contains(only.get(), desktop)) return true;
-    if (contains(notIn.get(), desktop)) return false;
-  }
-  return !only;
-}
+// Entries of a few kilobytes are the rule; this bounds what a stray huge
+// file can cost.
+constexpr off_t kMaxEntryBytes = 4 * 1024 * 1024;
 
-// An Exec line whose program is not installed makes the entry unusable.
-bool execRunnable(GKeyFile* keys, const std::string& searchPath) {
-  const GText exec = stringValue(keys, "Exec");
-  if (!isSet(exec)) return true;
-  gint argc = 0;
-  gchar** argv = nullptr;
-  if (!g_shell_parse_argv(exec.get(), &argc, &argv, nullptr)) return false;
-  const GStrings arguments(argv);
-  return argc > 0 && programExists(arguments.get()[0], searchPath);
-}
-
-// Name in the first of the process's languages that has a non-empty
-// translation, else the plain Name.
-std::string localizedName(GKeyFile* keys) {
-  std::string key;
-  for (const gchar* const* language = g_get_language_names(); *language != nullptr; ++language) {
-    key.assign("Name[").append(*language).append("]");
-    const GText value = stringValue(keys, key.c_str());
-    if (isSet(value)) return value.get();
-  }
-  const GText plain = stringValue(keys, "Name");
-  return isSet(plain) ? std::string(plain.get()) : std::string();
-}
-
-std::optional<Date> modificationDate(const std::string& path) {
+// Reads the whole file into `bytes` and returns its modification time
+// (links followed, as opening follows them), or nothing.
+std::optional<Date> readFile(const std::string& path, std::string& bytes) {
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return std::nullopt;
+  std::optional<Date> modified;
   struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return std::nullopt;
-  return Date(std::chrono::duration_cast<Date::duration>(std::chrono::seconds(status.st_mtim.tv_sec) +
-                                                         std::chrono::nanoseconds(status.st_mtim.tv_nsec)));
+  if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= kMaxEntryBytes) {
+    bytes.resize(static_cast<std::size_t>(status.st_size));
+    std::size_t done = 0;
+    bool failed = false;
+    while (done < bytes.size()) {
+      const ssize_t got = ::read(fd, bytes.data() + done, bytes.size() - done);
+      if (got < 0 && errno == EINTR) continue;
+      if (got < 0) failed = true;
+      if (got <= 0) break;
+      done += static_cast<std::size_t>(got);
+    }
+    bytes.resize(done);
+    if (!failed)
+      modified = Date(std::chrono::duration_cast<Date::duration>(
+          std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec)));
+  }
+  close(fd);
+  return modified;
 }
+
+bool isKeyCharacter(char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
+}
+
+bool isLocaleCharacter(char c) { return isKeyCharacter(c) || c == '_' || c == '.' || c == '@'; }
+
+bool equalIgnoringAsciiCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i)
+    if (g_ascii_tolower(a[i]) != g_ascii_tolower(b[i])) return false;
+  return true;
+}
+
+// A key line's key and locale ("Name[de_CH] = …" gives "Name" and
+// "de_CH"), or nothing when the line is not plainly one. Only keys GLib's
+// parser accepts qualify, so dropping such a line never hides an error.
+struct KeyLine {
+  std::string_view key;
+  std::string_view locale;  // empty for an untranslated key
+};
+
+std::optional<KeyLine> keyLine(std::string_view line) {
+  std::size_t at = 0;
+  while (at < line.size() && isKeyCharacter(line[at])) ++at;
+  if (at == 0) return std::nullopt;
+  KeyLine parsed{line.substr(0, at), {}};
+  if (at < line.size() && line[at] == '[') {
+    const std::size_t localeStart = ++at;
+    while (at < line.size() && isLocaleCharacter(line[at])) ++at;
+    if (at == localeStart || at == line.size() || line[at] != ']') return std::nullopt;
+    parsed.locale = line.substr(localeStart, at - localeStart);
+    ++at;
+  }
+  while (at < line.size() && line[at] == ' ') ++at;
+  if (at == line.size() || line[at] != '=') return std::nullopt;
+  return parsed;
+}
+
+// The keys an entry is judged and named by. "Encoding" is among them
+// because the parser rejects a file that declares anything but UTF-8.
+bool isKeyRead(std::string_view key) {
+  static constexpr std::string_view kKeys[] = {"Type",      "Name",    "Hidden", "NoDisplay", "OnlyShowIn",
+                                               "NotShowIn", "TryExec", "Exec",   "Encoding"};
+  return std::find(std::begin(kKeys), std::end(kKeys), key) != std::end(kKeys);
+}
+
+// The reader of one scan.
+class DesktopEntryReader final : public BundleFormat::Reader {
+ public:
+  explicit DesktopEntryReader(const DesktopEnvironment& environment) : environment_(environment) {
+    // The same list GLib's parser keeps translations for and the same
+    // order GLib looks them up in.
+    for (const gchar* const* language = g_get_language_names(); *language != nullptr; ++language)
+      languages_.emplace_back(*language);
+  }
+
+  BundleRecord read(const std::string& path, std::string_view relativePath) override {
+    BundleRecord record;
+    record.app.url = path;
+    record.app.id = std::string(relativePath);
+    std::replace(record.app.id.begin(), record.app.id.end(), '/', '-');
+    record.listed = false;
+    if (!g_utf8_validate(record.app.id.data(), static_cast<gssize>(record.app.id.size()), nullptr))
+      return record;
+
+    const std::optional<Date> modified = readFile(path, bytes_);
+    if (!modified) return record;
+    keepInterestingLines();
+    const KeyFile keys(g_key_file_new());
+    if (!g_key_file_load_from_data(keys.get(), kept_.data(), kept_.size(), G_KEY_FILE_NONE, nullptr))
+      return record;
+    if (!isApplication(keys.get())) return record;
+
+    record.listed = true;
+    record.app.name = localizedName(keys.get());
+    if (record.app.name.empty()) {
+      const std::string_view file = std::string_view(path).substr(path.find_last_of('/') + 1);
+      record.app.name = std::string(file.substr(0, file.size() - std::string_view(".desktop").size()));
+    }
+    record.app.modified = modified;
+    return record;
+  }
+
+ private:
+  // Copies `bytes_` to `kept_` without the lines nothing here reads:
+  // blank lines, comments, keys other than those isApplication() and
+  // localizedName() ask for, and Name translations into languages not
+  // wanted. Lines before the first group all stay, so the parser still
+  // rejects a file that does not start with one.
+  void keepInterestingLines() {
+    kept_.clear();
+    bool inGroup = false;
+    std::size_t start = 0;
+    while (start < bytes_.size()) {
+      std::size_t end = bytes_.find('\n', start);
+      if (end == std::string::npos) end = bytes_.size();
+      const std::string_view raw = std::string_view(bytes_).substr(start, end - start);
+      std::string_view line = raw;
+      while (!line.empty() && g_ascii_isspace(line.front())) line.remove_prefix(1);
+      bool keep = true;
+      if (line.starts_with('[')) {
+        inGroup = true;
+      } else if (inGroup) {
+        if (line.empty() || line.front() == '#') {
+          keep = false;
+        } else if (const auto parsed = keyLine(line)) {
+          keep = parsed->locale.empty() ? isKeyRead(parsed->key)
+                                        : parsed->key == "Name" && wanted(parsed->locale);
+        }
+      }
+      if (keep) kept_.append(raw).append("\n");
+      start = end + 1;
+    }
+  }
+
+  // The parser's own test for a translation worth keeping.
+  bool wanted(std::string_view locale) const {
+    return std::any_of(languages_.begin(), languages_.end(),
+                       [&](const std::string& language) { return equalIgnoringAsciiCase(language, locale); });
+  }
+
+  bool has(GKeyFile* keys, const char* key) const { return g_key_file_has_key(keys, kGroup, key, nullptr); }
+
+  // Asking GLib for a missing key builds a translated error message even
+  // when nobody wants it, so optional keys are looked for first.
+  GText optionalString(GKeyFile* keys, const char* key) const {
+    return has(keys, key) ? GText(g_key_file_get_string(keys, kGroup, key, nullptr)) : GText();
+  }
+  bool optionalBoolean(GKeyFile* keys, const char* key) const {
+    return has(keys, key) && g_key_file_get_boolean(keys, kGroup, key, nullptr);
+  }
+  GStrings optionalList(GKeyFile* keys, const char* key) const {
+    return has(keys, key) ? GStrings(g_key_file_get_string_list(keys, kGroup, key, nullptr, nullptr))
+                          : GStrings();
+  }
+
+  bool isApplication(GKeyFile* keys) {
+    const GText startGroup(g_key_file_get_start_group(keys));
+    if (!startGroup || std::string_view(startGroup.get()) != kGroup) return false;
+    const GText type = optionalString(keys, "Type");
+    if (!type || std::string_view(type.get()) != "Application") return false;
+    if (optionalBoolean(keys, "Hidden") || optionalBoolean(keys, "NoDisplay")) return false;
+    if (!shownIn(keys)) return false;
+    const GText tryExec = optionalString(keys, "TryExec");
+    if (isSet(tryExec) && !installed(tryExec.get())) return false;
+    // An Exec line whose program is not installed makes the entry unusable.
+    const GText exec = optionalString(keys, "Exec");
+    if (isSet(exec)) {
+      gint argc = 0;
+      gchar** argv = nullptr;
+      if (!g_shell_parse_argv(exec.get(), &argc, &argv, nullptr)) return false;
+      const GStrings arguments(argv);
+      if (argc < 1 || !installed(arguments.get()[0])) return false;
+    }
+    return true;
+  }
+
+  // OnlyShowIn/NotShowIn against the current desktops, in their order: the
+  // first desktop either list names decides; with none named, an entry with
+  // an OnlyShowIn list is not for this desktop.
+  bool shownIn(GKeyFile* keys) const {
+    const GStrings only = optionalList(keys, "OnlyShowIn");
+    const GStrings notIn = optionalList(keys, "NotShowIn");
+    for (const std::string& desktop : environment_.currentDesktops) {
+      if (contains(only.get(), desktop)) return true;
+      if (contains(notIn.get(), desktop)) return false;
+    }
+    return !only;
+  }
+
+  bool installed(const std::string& program) {
+    const auto known = programs_.find(program);
+    if (known != programs_.end()) return known->second;
+    const bool exists = programExists(program, environment_.searchPath);
+    programs_.emplace(program, exists);
+    return exists;
+  }
+
+  // Name in the first wanted language with a non-empty translation, else
+  // the plain Name.
+  std::string localizedName(GKeyFile* keys) const {
+    std::string key;
+    for (const std::string& language : languages_) {
+      key.assign("Name[").append(language).append("]");
+      const GText value = optionalString(keys, key.c_str());
+      if (isSet(value)) return value.get();
+    }
+    const GText plain = optionalString(keys, "Name");
+    return isSet(plain) ? std::string(plain.get()) : std::string();
+  }
+
+  const DesktopEnvironment& environment_;
+  std::vector<std::string> languages_;
+  std::unordered_map<std::string, bool> programs_;
+  std::string bytes_;
+  std::string kept_;
+};
 
 }  // namespace
 
@@ -185,39 +370,8 @@ bool DesktopEntryFormat::isCandidate(std::string_view name) const {
   return name.size() > 8 && name.ends_with(".desktop");
 }
 
-BundleRecord DesktopEntryFormat::read(const std::string& path, std::string_view relativePath) const {
-  BundleRecord record;
-  record.app.url = path;
-  record.app.id = std::string(relativePath);
-  std::replace(record.app.id.begin(), record.app.id.end(), '/', '-');
-  record.listed = false;
-  if (!g_utf8_validate(record.app.id.data(), static_cast<gssize>(record.app.id.size()), nullptr))
-    return record;
-
-  // Without G_KEY_FILE_KEEP_TRANSLATIONS the parser keeps only the
-  // translations for the process's languages, which is all localizedName()
-  // asks for and much less work on entries with a hundred translations.
-  const KeyFile keys(g_key_file_new());
-  if (!g_key_file_load_from_file(keys.get(), path.c_str(), G_KEY_FILE_NONE, nullptr)) return record;
-  const GText startGroup(g_key_file_get_start_group(keys.get()));
-  if (!startGroup || std::string_view(startGroup.get()) != kGroup) return record;
-  const GText type = stringValue(keys.get(), "Type");
-  if (!type || std::string_view(type.get()) != "Application") return record;
-  if (g_key_file_get_boolean(keys.get(), kGroup, "Hidden", nullptr)) return record;
-  if (g_key_file_get_boolean(keys.get(), kGroup, "NoDisplay", nullptr)) return record;
-  if (!shownIn(keys.get(), environment_.currentDesktops)) return record;
-  const GText tryExec = stringValue(keys.get(), "TryExec");
-  if (isSet(tryExec) && !programExists(tryExec.get(), environment_.searchPath)) return record;
-  if (!execRunnable(keys.get(), environment_.searchPath)) return record;
-
-  record.listed = true;
-  record.app.name = localizedName(keys.get());
-  if (record.app.name.empty()) {
-    const std::string_view file = std::string_view(path).substr(path.find_last_of('/') + 1);
-    record.app.name = std::string(file.substr(0, file.size() - std::string_view(".desktop").size()));
-  }
-  record.app.modified = modificationDate(path);
-  return record;
+std::unique_ptr<BundleFormat::Reader> DesktopEntryFormat::startScan() const {
+  return std::make_unique<DesktopEntryReader>(environment_);
 }
 
 }  // namespace orrery::platform

@@ -32,10 +32,20 @@
 // folder watcher bounded too. Names beginning with "." are skipped like on
 // every platform.
 //
-// Thread rules: immutable after construction; read() may run on any thread.
+// Reading: one scan looks each TryExec/Exec program up once. The file is
+// read in one go, and before GLib's parser sees it, the lines nothing here
+// reads are dropped: comments, keys such as Comment, Icon or Keywords, and
+// translations into other languages. The parser would store or skip those
+// itself, but only after spending most of its time on them (real entries
+// carry hundreds of translated lines). Only lines whose key the parser
+// accepts are dropped, so a file it rejects is still rejected.
+//
+// Thread rules: immutable after construction; scans may start on any
+// thread, each with its own reader.
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -65,7 +75,7 @@ class DesktopEntryFormat final : public BundleFormat {
   std::vector<std::string> defaultRoots() const override;
   bool isCandidate(std::string_view name) const override;
   Kind candidateKind() const override { return Kind::regularFile; }
-  BundleRecord read(const std::string& path, std::string_view relativePath) const override;
+  std::unique_ptr<Reader> startScan() const override;
 
   const DesktopEnvironment& environment() const { return environment_; }
 

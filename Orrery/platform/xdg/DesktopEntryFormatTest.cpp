@@ -94,6 +94,13 @@ TEST_F(DesktopEntryFormatTest, NamesFollowTheMessageLanguage) {
         "Name=Files\nName[de]=Dateien\nName[de_CH]=Dateie\nName[fr]=\nGenericName[de]=Dateiverwaltung\n");
   entry("apps/unnamed.tool.desktop", "Comment=No name at all\n");
   entry("apps/emptyname.desktop", "Name=\n");
+  // Comments, spacing and translated actions around the name change nothing.
+  entry("apps/spaced.desktop",
+        "# Translators: the name\n  Name = Spaced\n\n  Name[de] = Mit Abstand\nName[fr]=Espac\u00e9\n"
+        "[Desktop Action new]\nName=New\nName[de]=Neu\nName[fr]=Nouveau\nExec=present-tool --new\n");
+  // Files the key-file parser rejects anywhere are not listed.
+  entry("apps/broken-action.desktop", "Name=Broken\n[Desktop Action x]\nName[de]]=Kaputt\n");
+  write("apps/key-before-group.desktop", "Name[de]=Vorne\n[Desktop Entry]\nType=Application\nName=Front\n");
   const auto names = [&] {
     std::vector<std::string> result;
     for (const AppInfo& app : scan({at("apps")})) result.push_back(app.name);
@@ -101,16 +108,16 @@ TEST_F(DesktopEntryFormatTest, NamesFollowTheMessageLanguage) {
   };
   {
     const ScopedVariable language("LANGUAGE", "de_CH.UTF-8");
-    EXPECT_THAT(names(), ElementsAre("Dateie", "emptyname", "unnamed.tool"));
+    EXPECT_THAT(names(), ElementsAre("Dateie", "emptyname", "Mit Abstand", "unnamed.tool"));
   }
   {
     // An empty translation is passed over, not shown as a blank name.
     const ScopedVariable language("LANGUAGE", "fr:de");
-    EXPECT_THAT(names(), ElementsAre("Dateien", "emptyname", "unnamed.tool"));
+    EXPECT_THAT(names(), ElementsAre("Dateien", "emptyname", "Espac\u00e9", "unnamed.tool"));
   }
   {
     const ScopedVariable language("LANGUAGE", "ja_JP");
-    EXPECT_THAT(names(), ElementsAre("emptyname", "Files", "unnamed.tool"));
+    EXPECT_THAT(names(), ElementsAre("emptyname", "Files", "Spaced", "unnamed.tool"));
   }
 }
 
@@ -124,6 +131,7 @@ TEST_F(DesktopEntryFormatTest, EntriesThatAreNotShownStillHideTheSameIdLater) {
       {"tryexec-not-executable", "TryExec=" + at("bin/not-executable") + "\n"},
       {"exec-missing", "Exec=/opt/gone/bin/tool --flag\n"},
       {"exec-unparsable", "Exec=present-tool \"unterminated\n"},
+      {"foreign-encoding", "Encoding=ISO-8859-1\n"},
   };
   for (const auto& [name, lines] : withheld) {
     entry("user/applications/" + name + ".desktop", "Name=" + name + "\n" + lines);
