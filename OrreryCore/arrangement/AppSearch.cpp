@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <numeric>
+#include <span>
 
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
@@ -73,20 +74,22 @@ std::vector<std::size_t> laterWordStarts(std::string_view folded) {
   return starts;
 }
 
-int rank(std::string_view name, const std::vector<std::size_t>& laterWords, std::string_view query) {
+template <typename Words>
+int rank(std::string_view name, const Words& laterWords, std::string_view query) {
   if (name.starts_with(query)) return 0;
+  // Most names do not contain the query at all; one search settles those,
+  // and a word that starts with the query is contained in the name as well.
+  if (name.find(query) == std::string_view::npos) return kNoMatch;
   for (const std::size_t start : laterWords)
     if (name.substr(start).starts_with(query)) return 1;
-  if (name.find(query) != std::string_view::npos) return 2;
-  return kNoMatch;
+  return 2;
 }
 
 }  // namespace
 
 std::vector<AppInfo> filter(const std::vector<AppInfo>& apps, std::string_view query) {
-  const std::string_view bare = trimmed(query);
-  if (bare.empty()) return apps;
-  const std::string folded = text::searchFolded(bare);
+  const std::string folded = text::searchFolded(trimmed(query));
+  if (folded.empty()) return apps;
 
   struct Match {
     int rank;
@@ -96,8 +99,9 @@ std::vector<AppInfo> filter(const std::vector<AppInfo>& apps, std::string_view q
   std::vector<Match> found;
   for (const AppInfo& app : apps) {
     const std::string name = text::searchFolded(app.name);
-    const int r = rank(name, laterWordStarts(name), folded);
-    if (r != kNoMatch) found.push_back({r, {}, &app});
+    // Word starts are only worth finding for names that contain the query.
+    if (name.find(folded) == std::string::npos) continue;
+    found.push_back({rank(name, laterWordStarts(name), folded), {}, &app});
   }
   // Sort keys only for the matches: building one costs more than a match test.
   for (Match& match : found) match.sortKey = collator().sortKey(match.app->name);
@@ -128,27 +132,32 @@ Index::Index(std::vector<AppInfo> apps) : apps_(std::move(apps)) {
 
   entries_.reserve(order.size());
   for (const std::size_t position : order) {
-    std::string folded = text::searchFolded(apps_[position].name);
-    std::vector<std::size_t> words = laterWordStarts(folded);
-    entries_.push_back({position, std::move(folded), std::move(words)});
+    const std::string folded = text::searchFolded(apps_[position].name);
+    const std::vector<std::size_t> words = laterWordStarts(folded);
+    entries_.push_back(
+        {position, folded_.size(), folded.size(), words_.size(), words_.size() + words.size()});
+    folded_ += folded;
+    words_.insert(words_.end(), words.begin(), words.end());
   }
 }
 
 std::vector<std::size_t> Index::matches(std::string_view query) const {
   std::vector<std::size_t> result;
-  const std::string_view bare = trimmed(query);
-  if (bare.empty()) {
+  const std::string folded = text::searchFolded(trimmed(query));
+  if (folded.empty()) {
     result.resize(apps_.size());
     std::iota(result.begin(), result.end(), std::size_t{0});
     return result;
   }
-  const std::string folded = text::searchFolded(bare);
 
   // The entries are already in name order, so collecting each rank in turn
   // yields the final order without sorting.
   std::array<std::vector<std::size_t>, kNoMatch> byRank;
+  const std::string_view names(folded_);
   for (const Entry& entry : entries_) {
-    const int r = rank(entry.folded, entry.laterWords, folded);
+    const std::span<const std::size_t> words(words_.data() + entry.wordsBegin,
+                                             entry.wordsEnd - entry.wordsBegin);
+    const int r = rank(names.substr(entry.begin, entry.length), words, folded);
     if (r != kNoMatch) byRank[static_cast<std::size_t>(r)].push_back(entry.app);
   }
   result = std::move(byRank[0]);
@@ -163,6 +172,20 @@ std::vector<AppInfo> Index::filter(std::string_view query) const {
   result.reserve(positions.size());
   for (const std::size_t position : positions) result.push_back(apps_[position]);
   return result;
+}
+
+Results::Results(std::shared_ptr<const Index> index, std::vector<std::size_t> positions)
+    : index_(std::move(index)), positions_(std::move(positions)) {}
+
+std::vector<AppInfo> Results::toVector() const { return std::vector<AppInfo>(begin(), end()); }
+
+bool operator==(const Results& a, const Results& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end());
+}
+
+Results search(const std::shared_ptr<const Index>& index, std::string_view query) {
+  if (!index) return {};
+  return Results(index, index->matches(query));
 }
 
 }  // namespace orrery::AppSearch

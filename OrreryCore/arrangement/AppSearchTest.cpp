@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -24,8 +25,11 @@ using Ids = std::vector<std::string>;
 // prebuilt index must never disagree.
 std::vector<std::string> search(const std::vector<AppInfo>& apps, std::string_view query) {
   const Ids direct = ids(AppSearch::filter(apps, query));
-  const Ids indexed = ids(AppSearch::Index(apps).filter(query));
+  const auto index = std::make_shared<const AppSearch::Index>(apps);
+  const Ids indexed = ids(index->filter(query));
+  const Ids inPlace = ids(AppSearch::search(index, query).toVector());
   EXPECT_EQ(direct, indexed) << "query \"" << query << "\"";
+  EXPECT_EQ(direct, inPlace) << "query \"" << query << "\"";
   return direct;
 }
 
@@ -46,22 +50,17 @@ TEST(AppSearch, RanksStartThenLaterWordThenAnywhere) {
   // "pro" inside its first word, but the better rank counts.
   EXPECT_EQ(search(apps, "pro"), (Ids{"protools", "projector", "approach", "final", "logic", "improv"}));
   EXPECT_EQ(search(apps, "  PRO\n"), search(apps, "pro"));
-  // A query with a space can only match across words as a whole.
+  // A query with a space only matches across words as a whole.
   EXPECT_EQ(search(apps, "logic p"), Ids{"logic"});
   EXPECT_EQ(search(apps, "cut pro"), Ids{});  // two spaces in the name
-  EXPECT_EQ(search(apps, "xyz"), Ids{});
 }
 
 TEST(AppSearch, FoldsCaseAndAccents) {
   const std::vector<AppInfo> apps = {appInfo("creme", "Crème Brûlée"), appInfo("cafe", "Cafe"),
-                                     appInfo("strasse", "Straße"), appInfo("kana", "がっこう")};
-  EXPECT_EQ(search(apps, "creme"), Ids{"creme"});
+                                     appInfo("kana", "がっこう")};
   EXPECT_EQ(search(apps, "BRULEE"), Ids{"creme"});
   EXPECT_EQ(search(apps, "café"), Ids{"cafe"});
-  EXPECT_EQ(search(apps, "STRASSE"), Ids{"strasse"});
-  // Japanese marks are letters of their own: か is not が.
-  EXPECT_EQ(search(apps, "か"), Ids{});
-  EXPECT_EQ(search(apps, "が"), Ids{"kana"});
+  EXPECT_EQ(search(apps, "か"), Ids{});  // the voiced mark makes another letter
 }
 
 TEST(AppSearch, EqualRanksGoByNameThenID) {
@@ -88,12 +87,19 @@ TEST(AppSearch, NamesStartingWithSpaceOrHoldingBadBytes) {
   EXPECT_EQ(search(apps, "tool"), (Ids{"tail", "bad"}));
 }
 
-TEST(AppSearch, IndexPositionsPointIntoItsApps) {
-  const AppSearch::Index index({appInfo("b", "Beta"), appInfo("a", "Alpha"), appInfo("ab", "Alphabet")});
-  EXPECT_EQ(index.matches("alp"), (std::vector<std::size_t>{1, 2}));
-  EXPECT_EQ(index.matches("bet"), (std::vector<std::size_t>{0, 2}));
-  EXPECT_EQ(index.matches(" "), (std::vector<std::size_t>{0, 1, 2}));
-  EXPECT_EQ(AppSearch::Index().matches("a"), std::vector<std::size_t>{});
+TEST(AppSearch, ResultsKeepTheirIndexAlive) {
+  auto index = std::make_shared<const AppSearch::Index>(
+      std::vector<AppInfo>{appInfo("n", "Notes"), appInfo("m", "Mail"), appInfo("k", "Keynote")});
+  const AppSearch::Results results = AppSearch::search(index, "note");
+  index.reset();
+  ASSERT_EQ(results.size(), 2u);
+  EXPECT_EQ(results.front().id, "n");
+  EXPECT_EQ(results[1].name, "Keynote");
+  Ids walked;
+  for (const AppInfo& app : results) walked.push_back(app.id);
+  EXPECT_EQ(walked, (Ids{"n", "k"}));
+  EXPECT_EQ(results, AppSearch::search(std::make_shared<const AppSearch::Index>(results.toVector()), "note"));
+  EXPECT_TRUE(AppSearch::search(nullptr, "a").empty());
 }
 
 TEST(AppSearch, IndexAgreesWithFilterOnRandomNames) {

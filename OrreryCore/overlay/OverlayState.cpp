@@ -75,12 +75,12 @@ void OverlayState::rebuildSearch() {
   search_ = std::make_shared<const AppSearch::Index>(std::move(searchable));
 }
 
-std::vector<AppInfo> OverlayState::searchResults() const { return search_->filter(query_); }
+AppSearch::Results OverlayState::searchResults() const { return AppSearch::search(search_, query_); }
 
 std::optional<AppInfo> OverlayState::appToLaunchOnEnter() const {
-  const std::vector<std::size_t> matches = search_->matches(query_);
-  if (matches.empty()) return std::nullopt;
-  return search_->apps()[matches.front()];
+  const AppSearch::Results results = searchResults();
+  if (results.empty()) return std::nullopt;
+  return results.front();
 }
 
 }  // namespace orrery

@@ -58,8 +58,9 @@ class OverlayState {
   void update(Layout layout, const std::vector<AppInfo>& apps, std::int64_t columns, std::int64_t rows);
 
   // The searchable apps matching the query, best first; all of them, in
-  // arrangement order, when the query is blank.
-  std::vector<AppInfo> searchResults() const;
+  // arrangement order, when the query is blank. The results read the
+  // records in place and stay valid after this state changes.
+  AppSearch::Results searchResults() const;
   // The first search result.
   std::optional<AppInfo> appToLaunchOnEnter() const;
 
