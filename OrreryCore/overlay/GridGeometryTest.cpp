@@ -16,14 +16,12 @@ TEST(GridGeometry, CountsAreClampedToOne) {
   EXPECT_EQ(grid.columns, 1);
   EXPECT_EQ(grid.rows, 1);
   EXPECT_EQ(grid.perPage(), 1);
-  EXPECT_EQ(grid.slot({299, 199}), 0);
   EXPECT_EQ(grid.cellFrame(7), (Rect{{0, 0}, {300, 200}}));
 
   // Counts assigned after construction are clamped where they are used.
   GridGeometry changed = kGrid7x5;
   changed.columns = 0;
   changed.rows = -1;
-  EXPECT_EQ(changed.perPage(), 1);
   EXPECT_EQ(changed.cellSize(), (Size{700, 500}));
   EXPECT_EQ(changed.slot({650, 450}), 0);
   EXPECT_EQ(changed.cellFrame(-4), (Rect{{0, 0}, {700, 500}}));
@@ -31,9 +29,7 @@ TEST(GridGeometry, CountsAreClampedToOne) {
 
 TEST(GridGeometry, PointToSlotIsRowMajorAndExcludesFarBorders) {
   EXPECT_EQ(kGrid7x5.slot({0, 0}), 0);
-  EXPECT_EQ(kGrid7x5.slot({99.9, 0}), 0);
   EXPECT_EQ(kGrid7x5.slot({100, 0}), 1);
-  EXPECT_EQ(kGrid7x5.slot({0, 100}), 7);
   EXPECT_EQ(kGrid7x5.slot({350, 250}), 2 * 7 + 3);
   EXPECT_EQ(kGrid7x5.slot({699.9, 499.9}), 34);
   EXPECT_EQ(kGrid7x5.slot({700, 10}), std::nullopt);
@@ -49,9 +45,7 @@ TEST(GridGeometry, PointToSlotIsRowMajorAndExcludesFarBorders) {
 }
 
 TEST(GridGeometry, CellFramesRepeatOnEveryPage) {
-  EXPECT_EQ(kGrid7x5.cellFrame(0), (Rect{{0, 0}, {100, 100}}));
   EXPECT_EQ(kGrid7x5.cellFrame(9), (Rect{{200, 100}, {100, 100}}));
-  EXPECT_EQ(kGrid7x5.cellFrame(35), kGrid7x5.cellFrame(0));
   EXPECT_EQ(kGrid7x5.cellFrame(35 + 3), kGrid7x5.cellFrame(3));
   EXPECT_EQ(kGrid7x5.cellFrame(-1), kGrid7x5.cellFrame(34));
   EXPECT_EQ(kGrid7x5.cellFrame(-36), kGrid7x5.cellFrame(34));

@@ -19,51 +19,42 @@ std::vector<OverlayFocus> everySituation() {
   return all;
 }
 
-TEST(OverlayFocus, NothingHappensWhileHiddenOrNotWantingTheKeyboard) {
+TEST(OverlayFocus, RulesOverEverySituation) {
   for (const OverlayFocus& focus : everySituation()) {
-    if (focus.isVisible && focus.takesFocus) continue;
-    EXPECT_FALSE(focus.shouldReclaimKey());
-    EXPECT_FALSE(focus.needsEscapeFallback());
-  }
-}
-
-TEST(OverlayFocus, APanelThatOwnsTheKeyboardIsNeverReclaimedFor) {
-  for (const OverlayFocus& focus : everySituation()) {
-    if (focus.keyOwner != KeyOwner::panel && focus.keyOwner != KeyOwner::panelSheet) continue;
-    EXPECT_FALSE(focus.shouldReclaimKey());
-    // With the panel key and us active, Esc reaches the panel itself.
-    if (focus.appActive) {
+    if (!focus.isVisible || !focus.takesFocus) {
+      EXPECT_FALSE(focus.shouldReclaimKey());
       EXPECT_FALSE(focus.needsEscapeFallback());
+      continue;
+    }
+    const bool panelHasKeys = focus.keyOwner == KeyOwner::panel || focus.keyOwner == KeyOwner::panelSheet;
+    // Nothing to reclaim while the panel or its sheet has the keyboard, and
+    // never from another active application.
+    if (panelHasKeys || !focus.appActive) {
+      EXPECT_FALSE(focus.shouldReclaimKey());
+    }
+    // Esc must be caught globally over another active application, even when
+    // the user yielded the keyboard.
+    if (!focus.appActive) {
+      EXPECT_TRUE(focus.needsEscapeFallback());
+    }
+    if (panelHasKeys && focus.appActive) {
+      EXPECT_FALSE(focus.needsEscapeFallback());
+    }
+    // Until a reclaim has run, Esc must still work.
+    if (focus.shouldReclaimKey()) {
+      EXPECT_TRUE(focus.needsEscapeFallback());
     }
   }
 }
 
-TEST(OverlayFocus, AnotherActiveAppNeedsTheFallbackEvenWhenYielded) {
-  for (const OverlayFocus& focus : everySituation()) {
-    if (!focus.isVisible || !focus.takesFocus || focus.appActive) continue;
-    EXPECT_TRUE(focus.needsEscapeFallback());
-    EXPECT_FALSE(focus.shouldReclaimKey());  // never steal the keyboard from another app
-  }
-}
-
 TEST(OverlayFocus, YieldingLeavesTheOtherWindowAlone) {
-  const OverlayFocus yielded{true, true, true, KeyOwner::otherWindow, true};
-  EXPECT_FALSE(yielded.shouldReclaimKey());
-  EXPECT_FALSE(yielded.needsEscapeFallback());
-
+  EXPECT_FALSE((OverlayFocus{true, true, true, KeyOwner::otherWindow, true}.shouldReclaimKey()));
+  EXPECT_FALSE((OverlayFocus{true, true, true, KeyOwner::otherWindow, true}.needsEscapeFallback()));
   for (const KeyOwner owner : {KeyOwner::none, KeyOwner::otherWindow}) {
     const OverlayFocus lost{true, true, true, owner, false};
     EXPECT_TRUE(lost.shouldReclaimKey());
     EXPECT_TRUE(lost.needsEscapeFallback());
   }
-}
-
-TEST(OverlayFocus, ReclaimingAlwaysComesWithTheFallback) {
-  // Until the reclaim has run, Esc must still work.
-  for (const OverlayFocus& focus : everySituation())
-    if (focus.shouldReclaimKey()) {
-      EXPECT_TRUE(focus.needsEscapeFallback());
-    }
 }
 
 }  // namespace
