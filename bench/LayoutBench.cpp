@@ -71,7 +71,7 @@ void BM_Encode(benchmark::State& state) {
 void BM_Decode(benchmark::State& state) {
   const std::string bytes = makeLayout(static_cast<std::size_t>(state.range(0))).encoded();
   for (auto _ : state) benchmark::DoNotOptimize(Layout::decode(bytes));
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes.size()));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes.size()));
   state.SetComplexityN(state.range(0));
 }
 

@@ -324,7 +324,6 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
         return mismatch(s, Type::object);
     }
     markSeen(s);
-    frame.path = childPath();
     frames_.push_back(std::move(frame));
     return true;
   }
@@ -336,8 +335,7 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
         frame.firstKey = name;
         frame.keys = 1;
       } else if (name != frame.firstKey) {
-        return fail(DecodingError::Kind::typeMismatch, frame.path,
-                    "Invalid number of keys found, expected one.");
+        return fail(DecodingError::Kind::typeMismatch, path(), "Invalid number of keys found, expected one.");
       }
     }
     frame.key = std::move(name);
@@ -345,9 +343,8 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
   }
 
   bool end_object() override {
-    Frame frame = std::move(frames_.back());
+    if (!finish(frames_.back())) return false;
     frames_.pop_back();
-    if (!finish(frame)) return false;
     advance();
     return true;
   }
@@ -374,7 +371,6 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
         return mismatch(s, Type::array);
     }
     markSeen(s);
-    frame.path = childPath();
     frames_.push_back(std::move(frame));
     return true;
   }
@@ -414,7 +410,6 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
 
   struct Frame {
     Kind kind = Kind::skipped;
-    std::string path;
     std::string key;        // the object key whose value comes next
     std::size_t index = 0;  // next element of an array
     int seen = 0;           // required keys met so far, one bit each
@@ -465,31 +460,32 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     switch (frame.kind) {
       case Kind::root:
         for (const auto& [bit, key] : {std::pair{1, "version"}, {2, "items"}, {4, "hidden"}})
-          if (!(frame.seen & bit)) return missing(frame.path, key);
+          if (!(frame.seen & bit)) return missing(path(), key);
         return true;
       case Kind::item:
         if (frame.keys != 1)
-          return fail(DecodingError::Kind::typeMismatch, frame.path,
+          return fail(DecodingError::Kind::typeMismatch, path(),
                       "Invalid number of keys found, expected one.");
         if (!frame.item)
-          return fail(DecodingError::Kind::dataCorrupted, frame.path,
+          return fail(DecodingError::Kind::dataCorrupted, path(),
                       "Unknown item key \"" + frame.firstKey + "\".");
         layout_.items.push_back(std::move(*frame.item));
         return true;
       case Kind::appCase:
       case Kind::folderCase:
-        if (!(frame.seen & 1)) return missing(frame.path, "_0");
+        if (!(frame.seen & 1)) return missing(path(), "_0");
         return true;
       case Kind::folder: {
         for (const auto& [bit, key] : {std::pair{1, "id"}, {2, "name"}, {4, "appIDs"}})
-          if (!(frame.seen & bit)) return missing(frame.path, key);
+          if (!(frame.seen & bit)) return missing(path(), key);
         const auto id = Uuid::parse(frame.folderID);
         if (!id)
-          return fail(DecodingError::Kind::dataCorrupted, frame.path + ".id",
+          return fail(DecodingError::Kind::dataCorrupted, path() + ".id",
                       "Attempted to decode UUID from invalid UUID string.");
         frame.folder.id = *id;
         // The enclosing case, then the item that receives the folder.
-        frames_[frames_.size() - 2].item = LayoutItem::folder(std::move(frame.folder));
+        // The frames below are the enclosing case and the item receiving it.
+        frames_[frames_.size() - 3].item = LayoutItem::folder(std::move(frame.folder));
         return true;
       }
       default:
@@ -503,15 +499,28 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     return nullptr;
   }
 
-  std::string childPath() const {
-    if (frames_.empty()) return {};
-    const Frame& frame = frames_.back();
-    if (frame.kind == Kind::items || frame.kind == Kind::hidden || frame.kind == Kind::appIDs)
-      return frame.path + "[" + std::to_string(frame.index) + "]";
-    return frame.path.empty() ? frame.key : frame.path + "." + frame.key;
+  // Where the value about to be read sits, e.g. "items[3].folder._0";
+  // built only for error messages.
+  std::string childPath() const { return pathTo(frames_.size()); }
+  // Where the innermost open container sits.
+  std::string path() const { return pathTo(frames_.size() - 1); }
+
+  std::string pathTo(std::size_t depth) const {
+    std::string out;
+    for (std::size_t i = 0; i < depth; ++i) {
+      const Frame& frame = frames_[i];
+      if (frame.kind == Kind::items || frame.kind == Kind::hidden || frame.kind == Kind::appIDs) {
+        out += "[" + std::to_string(frame.index) + "]";
+      } else if (frame.kind != Kind::skipped || !frame.key.empty()) {
+        if (!out.empty()) out += '.';
+        out += frame.key;
+      }
+    }
+    return out;
   }
 
   void markSeen(Slot s) {
+    if (frames_.empty()) return;  // the document itself
     Frame& frame = frames_.back();
     switch (s) {
       case Slot::version:
