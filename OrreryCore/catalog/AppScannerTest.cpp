@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -11,6 +10,7 @@
 #include <thread>
 
 #include "catalog/AppScanner.h"
+#include "testing/TemporaryDirectory.h"
 
 namespace orrery {
 namespace {
@@ -93,12 +93,7 @@ class FaultyReader final : public DirectoryReader {
 
 class AppScannerTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "orrery-scan-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    base_ = pattern;
-  }
-  void TearDown() override { fs::remove_all(base_); }
+  void SetUp() override { ASSERT_FALSE(base_.empty()); }
 
   std::string at(const std::string& relative) const { return (base_ / relative).string(); }
 
@@ -128,7 +123,8 @@ class AppScannerTest : public ::testing::Test {
     return urls;
   }
 
-  fs::path base_;
+  orrery::testing::TemporaryDirectory temporary_{"orrery-scan"};
+  const fs::path base_ = temporary_.path();
 };
 
 TEST_F(AppScannerTest, WalksToTheDepthAndSkipsHiddenEntriesAndBundleContents) {

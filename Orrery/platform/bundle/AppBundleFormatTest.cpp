@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -13,6 +12,7 @@
 
 #include "catalog/AppScanner.h"
 #include "platform/bundle/AppBundleFormat.h"
+#include "testing/TemporaryDirectory.h"
 
 namespace orrery::platform {
 namespace {
@@ -53,12 +53,7 @@ Date setModified(const fs::path& path, long seconds, bool followLink = true) {
 
 class AppBundleFormatTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "orrery-bundles-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    base_ = pattern;
-  }
-  void TearDown() override { fs::remove_all(base_); }
+  void SetUp() override { ASSERT_FALSE(base_.empty()); }
 
   std::string at(const std::string& relative) const { return (base_ / relative).string(); }
 
@@ -76,7 +71,8 @@ class AppBundleFormatTest : public ::testing::Test {
         .scan();
   }
 
-  fs::path base_;
+  orrery::testing::TemporaryDirectory temporary_{"orrery-bundles"};
+  const fs::path base_ = temporary_.path();
 };
 
 TEST_F(AppBundleFormatTest, ReadsNamesAndIdsFromXmlAndBinaryPlists) {

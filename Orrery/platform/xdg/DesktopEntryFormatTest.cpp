@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -11,6 +10,7 @@
 
 #include "catalog/AppScanner.h"
 #include "platform/xdg/DesktopEntryFormat.h"
+#include "testing/TemporaryDirectory.h"
 
 namespace orrery::platform {
 namespace {
@@ -41,9 +41,7 @@ class ScopedVariable {
 class DesktopEntryFormatTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "orrery-entries-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    base_ = pattern;
+    ASSERT_FALSE(base_.empty());
     fs::create_directories(base_ / "bin");
     std::ofstream(base_ / "bin/present-tool") << "#!/bin/sh\n";
     fs::permissions(base_ / "bin/present-tool", fs::perms(0755));
@@ -52,7 +50,6 @@ class DesktopEntryFormatTest : public ::testing::Test {
     environment_.searchPath = "/nonexistent-bin:" + at("bin");
     environment_.currentDesktops = {"X-Cinnamon", "GNOME"};
   }
-  void TearDown() override { fs::remove_all(base_); }
 
   std::string at(const std::string& relative) const { return (base_ / relative).string(); }
 
@@ -84,7 +81,8 @@ class DesktopEntryFormatTest : public ::testing::Test {
     return lines;
   }
 
-  fs::path base_;
+  orrery::testing::TemporaryDirectory temporary_{"orrery-entries"};
+  const fs::path base_ = temporary_.path();
   DesktopEnvironment environment_;
 };
 
