@@ -2,18 +2,25 @@ include(GoogleTest)
 
 # One GoogleTest program per subsystem folder: every *Test.cpp in FOLDER
 # becomes part of the program NAME, registered with CTest test by test.
-# Extra arguments are libraries to link.
+# Extra arguments are libraries to link; after the keyword ENVIRONMENT come
+# VAR=value settings for the tests' environment.
 function(orrery_add_test_folder name folder)
   if(NOT ORRERY_BUILD_TESTS)
     return()
   endif()
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "ENVIRONMENT")
   file(GLOB sources CONFIGURE_DEPENDS "${folder}/*Test.cpp")
   if(NOT sources)
     return()
   endif()
   add_executable(${name} ${sources})
   orrery_set_warnings(${name})
-  target_link_libraries(${name} PRIVATE ${ARGN} GTest::gtest GTest::gtest_main GTest::gmock)
+  target_link_libraries(${name} PRIVATE ${arg_UNPARSED_ARGUMENTS} GTest::gtest GTest::gtest_main GTest::gmock)
+  set(properties LABELS "${name}")
+  if(arg_ENVIRONMENT)
+    string(REPLACE ";" "\\;" environment "${arg_ENVIRONMENT}")
+    list(APPEND properties ENVIRONMENT "${environment}")
+  endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-                       PROPERTIES LABELS "${name}")
+                       PROPERTIES ${properties})
 endfunction()
