@@ -1,0 +1,10 @@
+#include "shell/Logging.h"
+
+namespace orrery::app {
+
+Q_LOGGING_CATEGORY(catalogLog, "ch.lumenfold.orrery.catalog")
+Q_LOGGING_CATEGORY(settingsLog, "ch.lumenfold.orrery.settings")
+Q_LOGGING_CATEGORY(syncLog, "ch.lumenfold.orrery.sync")
+Q_LOGGING_CATEGORY(shellLog, "ch.lumenfold.orrery.shell")
+
+}  // namespace orrery::app
