@@ -1,0 +1,255 @@
+#include "catalog/AppCatalog.h"
+
+#include <QMetaObject>
+#include <QThread>
+
+#if defined(__linux__)
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
+#include <algorithm>
+#include <mutex>
+
+#include "catalog/ScanGuard.h"
+#include "shell/Logging.h"
+#include "text/Localized.h"
+
+namespace orrery::app {
+
+// Where a finished scan delivers its result. The catalog unhooks itself when
+// it is destroyed, under the lock, so a scan thread never posts to a
+// catalog that is going away.
+struct AppCatalog::Mailbox {
+  std::mutex mutex;
+  AppCatalog* catalog = nullptr;
+};
+
+namespace {
+
+// Qt's thread priorities do nothing for ordinary threads on Linux; the nice
+// value does, and it is per thread there. The pool's single thread keeps it.
+void runAtLowPriority() {
+#if defined(__linux__)
+  thread_local bool lowered = false;
+  if (!lowered) {
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 10);
+    lowered = true;
+  }
+#endif
+}
+
+long count(std::size_t n) { return static_cast<long>(n); }
+
+}  // namespace
+
+AppCatalog::AppCatalog(std::shared_ptr<const Scanner> scanner, LayoutStore store, bool syncEnabled,
+                       Clock& clock, QObject* parent)
+    : QObject(parent),
+      scanner_(std::move(scanner)),
+      store_(std::move(store)),
+      clock_(clock),
+      syncEnabled_(syncEnabled),
+      mailbox_(std::make_shared<Mailbox>()) {
+  mailbox_->catalog = this;
+  pool_.setMaxThreadCount(1);
+  pool_.setThreadPriority(QThread::LowPriority);
+  // The thread stays for the next scan instead of waking up to expire.
+  pool_.setExpiryTimeout(-1);
+
+  LayoutStore::LoadResult loaded = store_.loadWithStatus();
+  layout_ = loaded.layout;
+  shared_ = std::move(loaded.layout);
+  if (loaded.mainUnreadable) {
+    storageProblem_ =
+        text::localized("layout.json can't be read (check access permissions).",
+                        "Error after saving the arrangement failed: the existing file cannot be read");
+    qCCritical(catalogLog, "layout.json nicht lesbar; Anordnung kann nicht gespeichert werden");
+  }
+}
+
+AppCatalog::~AppCatalog() {
+  std::lock_guard lock(mailbox_->mutex);
+  mailbox_->catalog = nullptr;
+}
+
+void AppCatalog::start() {
+  if (started_) return;
+  started_ = true;
+  // Watching starts before the first scan, so nothing that changes while it
+  // runs goes unnoticed.
+  watcher_ = std::make_unique<DirectoryWatcher>(
+      scanner_->roots(), scanner_->maxDepth(),
+      [scanner = scanner_](std::string_view name) { return scanner->isCandidate(name); }, clock_,
+      watchLatency);
+  connect(watcher_.get(), &DirectoryWatcher::changed, this, &AppCatalog::foldersChanged);
+  if (!watcher_->rearm()) {
+    qCCritical(catalogLog,
+               "FSEvents-Beobachtung konnte nicht gestartet werden; Änderungen werden nicht erkannt");
+    watcher_.reset();
+  }
+  rescan(false);
+}
+
+void AppCatalog::foldersChanged() { rescan(false); }
+
+void AppCatalog::rescan(bool confirming) {
+  if (scanInFlight_) {
+    scanDirty_ = true;
+    if (confirming) confirmPending_ = true;
+    return;
+  }
+  scanInFlight_ = true;
+  // Folders that appeared since the last scan are watched from now on; what
+  // happens in them before this point, the scan sees.
+  if (watcher_) watcher_->rearm();
+  pool_.start([scanner = scanner_, mailbox = mailbox_, confirming] {
+    runAtLowPriority();
+    std::vector<AppInfo> scanned = scanner->scan();
+    std::lock_guard lock(mailbox->mutex);
+    if (mailbox->catalog == nullptr) return;
+    QMetaObject::invokeMethod(
+        mailbox->catalog,
+        [catalog = mailbox->catalog, scanned = std::move(scanned), confirming]() mutable {
+          catalog->scanFinished(std::move(scanned), confirming);
+        },
+        Qt::QueuedConnection);
+  });
+}
+
+void AppCatalog::scanFinished(std::vector<AppInfo> scanned, bool confirming) {
+  scanInFlight_ = false;
+  if (watcher_) watcher_->rearm();
+  process(scanned, confirming);
+  if (scanDirty_) {
+    scanDirty_ = false;
+    const bool followUpConfirming = std::exchange(confirmPending_, false);
+    rescan(followUpConfirming);
+  }
+}
+
+void AppCatalog::process(const std::vector<AppInfo>& scanned, bool confirming) {
+  // Before the first projection with sync on, the shared arrangement also
+  // names other machines' apps; measuring this machine's scan against them
+  // would hold back every first scan.
+  const AppIDSet referenced = syncEnabled_ && !projectionIDs_ ? AppIDSet{} : layout_.referencedAppIDs();
+  const std::size_t baseline = std::max(apps_.size(), referenced.size());
+  const std::size_t n = scanned.size();
+
+  if (n == 0) {
+    qCCritical(catalogLog, "Scan fand keine Apps; Ergebnis verworfen, Layout bleibt unverändert");
+    return;
+  }
+  if (ScanGuard::decide(n, baseline, false) == ScanDecision::needsConfirmation) {
+    if (!confirming) {
+      qCCritical(catalogLog, "Scan fand nur %ld von %ld Apps; Bestätigungsscan in 5 s", count(n),
+                 count(baseline));
+      requestConfirmingScan();
+      return;
+    }
+    qCCritical(catalogLog, "Bestätigungsscan bestätigt: %ld Apps statt %ld", count(n), count(baseline));
+  }
+
+  const PendingRemovals::Outcome outcome = pending_.evaluate(scanned, apps_, referenced, clock_.now());
+  if (!outcome.keep.empty()) {
+    qCInfo(catalogLog, "%ld bekannte App(s) fehlen im Scan; Entfernen erst nach Bestätigung",
+           count(outcome.keep.size()));
+  }
+  if (outcome.nextCheck) scheduleRecheck(*outcome.nextCheck);
+
+  AppMap installed;
+  installed.reserve(outcome.installed.size());
+  for (const AppInfo& app : outcome.installed) installed.emplace(app.id, app);
+  const bool appsChanged = installed != apps_;
+  apps_ = std::move(installed);
+
+  AppIDSet ids;
+  ids.reserve(apps_.size());
+  for (const auto& [id, app] : apps_) ids.insert(id);
+  projectionIDs_ = ids;
+
+  Layout newShared;
+  Layout newLayout;
+  if (!syncEnabled_) {
+    newShared = layout_.reconciled(outcome.installed, outcome.keep);
+    newLayout = newShared;
+  } else {
+    const LayoutProjection projection = shared_.projected(ids);
+    const Layout reconciled = projection.visible.reconciled(outcome.installed, outcome.keep);
+    newShared = shared_.embedding(reconciled, projection, ids);
+    newLayout = newShared.projected(ids).visible;
+  }
+  setLayout(std::move(newLayout));
+  if (newShared != shared_) {
+    shared_ = std::move(newShared);
+    persist();
+  }
+
+  if (appsChanged) emit changed();
+  emit scanApplied(ids, confirming);
+}
+
+void AppCatalog::requestConfirmingScan() {
+  const std::uint64_t id = nextConfirmation_++;
+  confirmations_.emplace(id, clock_.runAfter(confirmationDelay, [this, id] {
+    confirmations_.erase(id);
+    rescan(true);
+  }));
+}
+
+void AppCatalog::scheduleRecheck(Date at) {
+  recheck_.cancel();
+  const auto untilDue =
+      std::max(std::chrono::ceil<std::chrono::milliseconds>(at - clock_.now()), std::chrono::milliseconds(0));
+  recheck_ = clock_.runAfter(untilDue + recheckMargin, [this] {
+    recheck_ = ScheduledAction();
+    rescan(false);
+  });
+}
+
+void AppCatalog::mutate(const Edit& edit) {
+  Layout edited = layout_;
+  edit(edited);
+  const bool arrangementChanged = edited != layout_;
+  if (!projectionIDs_ || !syncEnabled_) {
+    shared_ = edited;
+    setLayout(std::move(edited));
+  } else {
+    const LayoutProjection projection = shared_.projected(*projectionIDs_);
+    shared_ = shared_.embedding(edited, projection, *projectionIDs_);
+    setLayout(shared_.projected(*projectionIDs_).visible);
+  }
+  persist();
+  if (arrangementChanged) emit userChanged();
+}
+
+void AppCatalog::applyShared(Layout layout) {
+  shared_ = std::move(layout);
+  setLayout(projectionIDs_ ? shared_.projected(*projectionIDs_).visible : shared_);
+  persist();
+}
+
+void AppCatalog::persist() {
+  const auto saved = store_.save(shared_);
+  if (!saved) {
+    const std::string description = saved.error().description();
+    qCCritical(catalogLog, "Layout konnte nicht gespeichert werden: %s", description.c_str());
+    setStorageProblem(description);
+    return;
+  }
+  setStorageProblem(std::nullopt);
+}
+
+void AppCatalog::setLayout(Layout layout) {
+  if (layout == layout_) return;
+  layout_ = std::move(layout);
+  emit layoutChanged();
+}
+
+void AppCatalog::setStorageProblem(std::optional<std::string> problem) {
+  if (problem == storageProblem_) return;
+  storageProblem_ = std::move(problem);
+  emit storageProblemChanged();
+}
+
+}  // namespace orrery::app
