@@ -1,0 +1,38 @@
+// orrery: the application launcher. Builds the application object and the
+// AppDelegate, which makes and wires every service.
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QTimer>
+
+#include "shell/AppDelegate.h"
+#include "shell/Logging.h"
+#include "shell/SingleInstance.h"
+#include "shell/TerminationSignals.h"
+
+int main(int argc, char* argv[]) {
+  QApplication application(argc, argv);
+  QApplication::setOrganizationName(QStringLiteral("Lumenfold"));
+  QApplication::setOrganizationDomain(QStringLiteral("lumenfold.ch"));
+  QApplication::setApplicationName(QStringLiteral("Orrery"));
+  QApplication::setApplicationVersion(QStringLiteral(ORRERY_VERSION));
+  // Runs in the background; later its windows come and go.
+  QApplication::setQuitOnLastWindowClosed(false);
+
+  QCommandLineParser commandLine;
+  commandLine.setApplicationDescription(QStringLiteral("A full-screen application launcher."));
+  commandLine.addHelpOption();
+  commandLine.addVersionOption();
+  commandLine.process(application);
+
+  const auto dataDirectory = orrery::app::AppDelegate::defaultDataDirectory();
+  const auto lock = orrery::app::claimDataDirectory(dataDirectory);
+  if (!lock) {
+    qCInfo(orrery::app::shellLog, "Orrery läuft bereits für %s; dieser Start endet", dataDirectory.c_str());
+    return 0;
+  }
+  orrery::app::quitOnTerminationSignals();
+
+  orrery::app::AppDelegate delegate(dataDirectory);
+  QTimer::singleShot(0, &delegate, &orrery::app::AppDelegate::launch);
+  return QApplication::exec();
+}

@@ -1,0 +1,64 @@
+#include "shell/AppDelegate.h"
+
+#include <QCoreApplication>
+
+#include <string>
+#include <string_view>
+
+#include "platform/PlatformFactory.h"
+#include "shell/Logging.h"
+#include "shell/StartupSync.h"
+#include "text/Localized.h"
+
+namespace orrery::app {
+
+namespace {
+
+// Binds the core's localized texts to Qt's translator.
+void installTranslator() {
+  text::setTranslator([](std::string_view source, std::string_view comment) {
+    const std::string sourceText(source);
+    const std::string commentText(comment);
+    return QCoreApplication::translate("Orrery", sourceText.c_str(), commentText.c_str()).toStdString();
+  });
+}
+
+}  // namespace
+
+std::filesystem::path AppDelegate::defaultDataDirectory() {
+#if defined(__APPLE__)
+  return LayoutStore::defaultDirectory(LayoutStore::DataLocation::applicationSupport);
+#else
+  return LayoutStore::defaultDirectory(LayoutStore::DataLocation::xdgDataHome);
+#endif
+}
+
+AppDelegate::AppDelegate(std::filesystem::path dataDirectory, QObject* parent)
+    : QObject(parent), dataDirectory_(std::move(dataDirectory)), syncStateStore_(dataDirectory_) {
+  installTranslator();
+  catalog_ = std::make_unique<AppCatalog>(std::make_shared<FolderScanner>(platform::makeAppScanner()),
+                                          LayoutStore(dataDirectory_), catalogSyncEnabled(loadedSyncState()),
+                                          clock_);
+  settings_ = std::make_unique<SettingsStore>(defaults_);
+  loginItem_ = std::make_unique<XdgAutostart>(XdgAutostart::processLocations(),
+                                              QCoreApplication::applicationFilePath());
+  launchAtLogin_ = std::make_unique<LaunchAtLogin>(*settings_, *loginItem_);
+}
+
+AppDelegate::~AppDelegate() = default;
+
+const SyncStateStore::LoadResult& AppDelegate::loadedSyncState() {
+  if (!loadedSyncState_) loadedSyncState_ = syncStateStore_.loadWithStatus();
+  return *loadedSyncState_;
+}
+
+void AppDelegate::launch() {
+  if (launched_) return;
+  launched_ = true;
+  startupSyncState_ = loadedSyncState().treatingExistingLayout(catalog_->shared());
+  catalog_->start();
+  launchAtLogin_->refresh();
+  qCInfo(shellLog, "Orrery gestartet; Daten in %s", dataDirectory_.c_str());
+}
+
+}  // namespace orrery::app

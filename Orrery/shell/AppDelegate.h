@@ -1,0 +1,69 @@
+// AppDelegate: builds the program's long-lived services and wires them
+// together; no logic of its own beyond that.
+//
+// Construction makes, in this order: the sync state as loaded at start
+// (once; it decides whether the catalog starts in sync mode), the catalog
+// over the platform's scanner and the arrangement file in the data folder,
+// and the settings store over the application's settings. launch(), called
+// once the event loop runs, adjusts the sync state to the existing
+// arrangement, starts the catalog (first scan, folder watching) and makes
+// the settings' launchAtLogin show what the system will do.
+//
+// The overlay, the tray icon, the triggers and the sync engine come later and
+// will be created here, in launch(), after the catalog started.
+//
+// Thread rules: main thread only.
+#pragma once
+
+#include <QObject>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "catalog/AppCatalog.h"
+#include "settings/LaunchAtLogin.h"
+#include "settings/QSettingsKeyValueStore.h"
+#include "settings/SettingsStore.h"
+#include "settings/XdgAutostart.h"
+#include "shell/QtClock.h"
+#include "sync/SyncStateStore.h"
+
+namespace orrery::app {
+
+class AppDelegate final : public QObject {
+  Q_OBJECT
+
+ public:
+  // The platform's folder for the program's data ("Orrery" in
+  // $XDG_DATA_HOME on Linux, in Application Support on macOS).
+  static std::filesystem::path defaultDataDirectory();
+
+  explicit AppDelegate(std::filesystem::path dataDirectory, QObject* parent = nullptr);
+  ~AppDelegate() override;
+
+  void launch();
+
+  AppCatalog& catalog() { return *catalog_; }
+  SettingsStore& settings() { return *settings_; }
+  // The sync state the sync engine will start from; set by launch().
+  const std::optional<SyncStateStore::LoadResult>& startupSyncState() const { return startupSyncState_; }
+
+ private:
+  const SyncStateStore::LoadResult& loadedSyncState();
+
+  std::filesystem::path dataDirectory_;
+  QtClock clock_;
+  SyncStateStore syncStateStore_;
+  std::optional<SyncStateStore::LoadResult> loadedSyncState_;
+  std::optional<SyncStateStore::LoadResult> startupSyncState_;
+
+  std::unique_ptr<AppCatalog> catalog_;
+  QSettingsKeyValueStore defaults_;
+  std::unique_ptr<SettingsStore> settings_;
+  std::unique_ptr<XdgAutostart> loginItem_;
+  std::unique_ptr<LaunchAtLogin> launchAtLogin_;
+  bool launched_ = false;
+};
+
+}  // namespace orrery::app

@@ -1,0 +1,14 @@
+#include "shell/StartupSync.h"
+
+#include "shell/Logging.h"
+
+namespace orrery::app {
+
+bool catalogSyncEnabled(const SyncStateStore::LoadResult& loaded) {
+  const char* problem = loaded.unreadable ? "nicht lesbar" : loaded.wasCorrupt ? "kaputt" : nullptr;
+  if (problem == nullptr) return loaded.state.enabled;
+  qCCritical(syncLog, "sync-state.json %s; Sync gilt vorläufig als an, damit nichts entfernt wird", problem);
+  return true;
+}
+
+}  // namespace orrery::app
