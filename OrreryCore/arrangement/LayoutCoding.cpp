@@ -82,7 +82,11 @@ Expected<LayoutItem, DecodingError> decodeItem(const json& object, const std::st
   if (object.size() != 1)
     return Unexpected(
         failure(DecodingError::Kind::typeMismatch, path, "Invalid number of keys found, expected one."));
-  const auto& [key, wrapper] = *object.items().begin();
+  // Through the object's own iterator: items() is a temporary, and a
+  // reference into what its begin() returns would dangle.
+  const auto entry = object.begin();
+  const std::string& key = entry.key();
+  const json& wrapper = entry.value();
   if (key == "app") {
     const auto id = caseValue(wrapper, path + ".app", json::value_t::string);
     if (!id) return Unexpected(id.error());
@@ -133,8 +137,9 @@ Expected<Layout, DecodingError> Layout::fromJson(const nlohmann::json& object) {
         failure(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64."));
   if (number.is_number_float()) {
     const double value = number.get<double>();
-    if (!(value == static_cast<double>(static_cast<std::int64_t>(value))) || value >= 9.2e18 ||
-        value <= -9.2e18)
+    // The range check comes first: converting a double outside Int64 is undefined.
+    if (!(value < 9.2e18 && value > -9.2e18) ||
+        value != static_cast<double>(static_cast<std::int64_t>(value)))
       return Unexpected(
           failure(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64."));
     layout.version = static_cast<std::int64_t>(value);
@@ -551,8 +556,9 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     const Slot s = slot();
     if (s != Slot::version) return scalar(Type::number, nullptr);
     if (!integral) {
-      if (!(asDouble == static_cast<double>(static_cast<std::int64_t>(asDouble))) || asDouble >= 9.2e18 ||
-          asDouble <= -9.2e18)
+      // The range check comes first: converting a double outside Int64 is undefined.
+      if (!(asDouble < 9.2e18 && asDouble > -9.2e18) ||
+          asDouble != static_cast<double>(static_cast<std::int64_t>(asDouble)))
         return fail(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64.");
       asInteger = static_cast<std::int64_t>(asDouble);
     }
