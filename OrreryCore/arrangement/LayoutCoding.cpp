@@ -1,6 +1,8 @@
 // The JSON coding of Layout: the DOM form for records that embed an
 // arrangement, and a streaming decoder plus a direct writer for the
 // arrangement file, which is read at every start and written after every edit.
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 
 #include "arrangement/Layout.h"
@@ -280,6 +282,13 @@ namespace {
 // fromJson()'s rules: every key required, extra keys skipped, an item object
 // with exactly one known key, and — like the DOM — a repeated key counts once,
 // its last value winning. Tests hold the two decoders to the same results.
+//
+// Because a later value of the same key replaces an earlier one, a value that
+// cannot be decoded does not end decoding at once: its error is held against
+// the key in the innermost object being read, the rest of the value is
+// skipped, and the key's next value (if any) clears it. An object that ends
+// with an error still held is itself a bad value of its parent's key, up to
+// the document, where the error becomes the result.
 class StreamingDecoder final : public nlohmann::json_sax<json> {
  public:
   Expected<Layout, DecodingError> result() && {
@@ -326,7 +335,10 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
         frame.kind = Kind::folder;
         break;
       default:
-        return mismatch(s, Type::object);
+        // The value's contents are skipped once its error is held.
+        if (!mismatch(s, Type::object)) return false;
+        frames_.emplace_back();
+        return true;
     }
     markSeen(s);
     frames_.push_back(std::move(frame));
@@ -340,16 +352,27 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
         frame.firstKey = name;
         frame.keys = 1;
       } else if (name != frame.firstKey) {
-        return fail(DecodingError::Kind::typeMismatch, path(), "Invalid number of keys found, expected one.");
+        frame.keys = 2;  // finish() rejects the item
       }
     }
+    // A repeated key: its new value replaces the old one, errors included.
+    std::erase_if(frame.held, [&](const auto& entry) { return entry.first == name; });
     frame.key = std::move(name);
     return true;
   }
 
   bool end_object() override {
-    if (!finish(frames_.back())) return false;
+    Frame& frame = frames_.back();
+    // An item's own shape is judged before what its values held.
+    std::optional<DecodingError> error;
+    if (frame.held.empty() || (frame.kind == Kind::item && frame.keys != 1)) {
+      error = finish(frame);
+    } else {
+      error = std::move(frame.held.front().second);
+    }
     frames_.pop_back();
+    // A bad object is a bad value of the key it stands under.
+    if (error) return hold(std::move(*error));
     advance();
     return true;
   }
@@ -373,7 +396,10 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
         current(Kind::folder)->folder.appIDs.clear();
         break;
       default:
-        return mismatch(s, Type::array);
+        // The value's contents are skipped once its error is held.
+        if (!mismatch(s, Type::array)) return false;
+        frames_.emplace_back();
+        return true;
     }
     markSeen(s);
     frames_.push_back(std::move(frame));
@@ -423,6 +449,8 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     std::optional<LayoutItem> item;  // an item object's payload
     Folder folder;
     std::string folderID;
+    // Errors of values read under a key, until the key comes again.
+    std::vector<std::pair<std::string, DecodingError>> held;
   };
 
   // What the next value is, given where the decoder stands.
@@ -460,41 +488,42 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     return Slot::ignored;
   }
 
-  // Checks a finished object and hands its value to the one it belongs to.
-  bool finish(Frame& frame) {
+  // Checks a finished object and hands its value to the one it belongs to;
+  // the reason when the object cannot be used.
+  std::optional<DecodingError> finish(Frame& frame) {
     switch (frame.kind) {
       case Kind::root:
         for (const auto& [bit, key] : {std::pair{1, "version"}, {2, "items"}, {4, "hidden"}})
           if (!(frame.seen & bit)) return missing(path(), key);
-        return true;
+        return std::nullopt;
       case Kind::item:
         if (frame.keys != 1)
-          return fail(DecodingError::Kind::typeMismatch, path(),
-                      "Invalid number of keys found, expected one.");
+          return DecodingError{DecodingError::Kind::typeMismatch, path(),
+                               "Invalid number of keys found, expected one."};
         if (!frame.item)
-          return fail(DecodingError::Kind::dataCorrupted, path(),
-                      "Unknown item key \"" + frame.firstKey + "\".");
+          return DecodingError{DecodingError::Kind::dataCorrupted, path(),
+                               "Unknown item key \"" + frame.firstKey + "\"."};
         layout_.items.push_back(std::move(*frame.item));
-        return true;
+        return std::nullopt;
       case Kind::appCase:
       case Kind::folderCase:
         if (!(frame.seen & 1)) return missing(path(), "_0");
-        return true;
+        return std::nullopt;
       case Kind::folder: {
         for (const auto& [bit, key] : {std::pair{1, "id"}, {2, "name"}, {4, "appIDs"}})
           if (!(frame.seen & bit)) return missing(path(), key);
         const auto id = Uuid::parse(frame.folderID);
         if (!id)
-          return fail(DecodingError::Kind::dataCorrupted, path() + ".id",
-                      "Attempted to decode UUID from invalid UUID string.");
+          return DecodingError{DecodingError::Kind::dataCorrupted, path() + ".id",
+                               "Attempted to decode UUID from invalid UUID string."};
         frame.folder.id = *id;
         // The enclosing case, then the item that receives the folder.
         // The frames below are the enclosing case and the item receiving it.
         frames_[frames_.size() - 3].item = LayoutItem::folder(std::move(frame.folder));
-        return true;
+        return std::nullopt;
       }
       default:
-        return true;
+        return std::nullopt;
     }
   }
 
@@ -606,14 +635,33 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     return fail(DecodingError::Kind::typeMismatch, childPath(), "Expected a value of another type.");
   }
 
-  bool missing(const std::string& path, const char* key) {
-    return fail(DecodingError::Kind::keyNotFound, path.empty() ? key : path + "." + key,
-                std::string("No value associated with key \"") + key + "\".");
+  static DecodingError missing(const std::string& path, const char* key) {
+    return DecodingError{DecodingError::Kind::keyNotFound, path.empty() ? key : path + "." + key,
+                         std::string("No value associated with key \"") + key + "\"."};
   }
 
+  // The value being read cannot be decoded.
   bool fail(DecodingError::Kind kind, std::string path, std::string message) {
-    if (!error_) error_ = DecodingError{kind, std::move(path), std::move(message)};
-    return false;
+    return hold(DecodingError{kind, std::move(path), std::move(message)});
+  }
+
+  // Holds the error against the key of the innermost open object and skips
+  // the rest of the value; outside any object it ends decoding.
+  bool hold(DecodingError error) {
+    auto object = frames_.rbegin();
+    while (object != frames_.rend() &&
+           (object->kind == Kind::items || object->kind == Kind::hidden || object->kind == Kind::appIDs))
+      ++object;
+    if (object == frames_.rend()) {
+      if (!error_) error_ = std::move(error);
+      return false;
+    }
+    // Arrays opened under that key are skipped from here on.
+    for (auto open = frames_.rbegin(); open != object; ++open) open->kind = Kind::skipped;
+    if (std::none_of(object->held.begin(), object->held.end(),
+                     [&](const auto& entry) { return entry.first == object->key; }))
+      object->held.emplace_back(object->key, std::move(error));
+    return true;
   }
 
   Layout layout_;
