@@ -25,10 +25,14 @@ int main(int argc, char* argv[]) {
   commandLine.process(application);
 
   const auto dataDirectory = orrery::app::AppDelegate::defaultDataDirectory();
-  const auto lock = orrery::app::claimDataDirectory(dataDirectory);
-  if (!lock) {
+  const auto claim = orrery::app::claimDataDirectory(dataDirectory);
+  if (claim.anotherIsRunning) {
     qCInfo(orrery::app::shellLog, "Orrery läuft bereits für %s; dieser Start endet", dataDirectory.c_str());
     return 0;
+  }
+  if (!claim.lock) {
+    // Saving will fail there too and be reported; the program still runs.
+    qCWarning(orrery::app::shellLog, "Datenordner %s kann nicht gesperrt werden", dataDirectory.c_str());
   }
   orrery::app::quitOnTerminationSignals();
 

@@ -5,15 +5,15 @@
 
 namespace orrery::app {
 
-std::unique_ptr<QLockFile> claimDataDirectory(const std::filesystem::path& directory) {
+InstanceClaim claimDataDirectory(const std::filesystem::path& directory) {
   const QString folder = QFile::decodeName(QByteArray::fromStdString(directory.string()));
-  if (!QDir().mkpath(folder)) return nullptr;
+  if (!QDir().mkpath(folder)) return {};
   auto lock = std::make_unique<QLockFile>(folder + QStringLiteral("/.orrery.lock"));
   // Held for the life of the program: only a dead owner makes it stale,
   // never its age.
   lock->setStaleLockTime(0);
-  if (!lock->tryLock(0)) return nullptr;
-  return lock;
+  if (lock->tryLock(0)) return {std::move(lock), false};
+  return {nullptr, lock->error() == QLockFile::LockFailedError};
 }
 
 }  // namespace orrery::app

@@ -17,8 +17,13 @@
 
 namespace orrery::app {
 
-// The held lock, or null when another running program holds it or the
-// folder cannot be made.
-std::unique_ptr<QLockFile> claimDataDirectory(const std::filesystem::path& directory);
+struct InstanceClaim {
+  // Held for the life of the program; null when the folder could not be claimed.
+  std::unique_ptr<QLockFile> lock;
+  // Another running program holds the folder.
+  bool anotherIsRunning = false;
+};
+
+InstanceClaim claimDataDirectory(const std::filesystem::path& directory);
 
 }  // namespace orrery::app

@@ -31,20 +31,6 @@ class SettingsStoreTest : public ::testing::Test {
   std::unique_ptr<SettingsStore> store;
 };
 
-TEST_F(SettingsStoreTest, LoadsWhatWasStoredAndFallsBackToTheDefaults) {
-  EXPECT_EQ(make().settings(), Settings());
-
-  defaults.setData("settings", R"({"columns": 30, "rows": 1, "iconSize": 10})");
-  Settings expected;
-  expected.columns = 12;
-  expected.rows = 3;
-  expected.iconSize = 48.0;
-  EXPECT_EQ(make().settings(), expected);
-
-  defaults.setData("settings", R"({"columns": 9, "corner": "middle"})");
-  EXPECT_EQ(make().settings(), Settings());
-}
-
 TEST_F(SettingsStoreTest, ALocalChangeIsSavedAnnouncedAndHandedToTheHook) {
   make();
   QSignalSpy changed(store.get(), &SettingsStore::settingsChanged);
