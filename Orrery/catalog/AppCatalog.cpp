@@ -110,14 +110,14 @@ void AppCatalog::rescan(bool confirming) {
     if (mailbox->catalog == nullptr) return;
     QMetaObject::invokeMethod(
         mailbox->catalog,
-        [catalog = mailbox->catalog, scanned = std::move(scanned), confirming]() mutable {
-          catalog->scanFinished(std::move(scanned), confirming);
+        [catalog = mailbox->catalog, scanned = std::move(scanned), confirming] {
+          catalog->scanFinished(scanned, confirming);
         },
         Qt::QueuedConnection);
   });
 }
 
-void AppCatalog::scanFinished(std::vector<AppInfo> scanned, bool confirming) {
+void AppCatalog::scanFinished(const std::vector<AppInfo>& scanned, bool confirming) {
   scanInFlight_ = false;
   if (watcher_) watcher_->rearm();
   process(scanned, confirming);

@@ -112,7 +112,7 @@ class AppCatalog final : public QObject {
   struct Mailbox;
 
   void rescan(bool confirming);
-  void scanFinished(std::vector<AppInfo> scanned, bool confirming);
+  void scanFinished(const std::vector<AppInfo>& scanned, bool confirming);
   void process(const std::vector<AppInfo>& scanned, bool confirming);
   void scheduleRecheck(Date at);
   void persist();
