@@ -151,6 +151,7 @@ def main(argv):
         f"- Load average (1, 5, 15 min) before the run: {load_before}; after: {load_after}.",
         "  Other work on the machine during the run inflates the times; CPU time is shown",
         "  (the time a benchmark reports itself where it does), which suffers less than wall time.",
+    ] + ([f"- Note: {os.environ['ORRERY_BENCH_NOTE']}"] if os.environ.get("ORRERY_BENCH_NOTE") else []) + [
         "- Sizes are the benchmark's arguments (with two, the second is a variant such as the query",
         "  length); growth compares a row with the next smaller first argument and the same rest.",
         "",
