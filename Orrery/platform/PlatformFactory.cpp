@@ -51,4 +51,12 @@ AppScanner makeAppScanner() {
   return AppScanner{std::move(roots), AppScanner::kDefaultMaxDepth, std::move(format)};
 }
 
+LayoutStore::DataLocation dataLocation() {
+#if defined(__APPLE__)
+  return LayoutStore::DataLocation::applicationSupport;
+#else
+  return LayoutStore::DataLocation::xdgDataHome;
+#endif
+}
+
 }  // namespace orrery::platform

@@ -8,6 +8,7 @@
 
 #include "catalog/AppScanner.h"
 #include "catalog/BundleFormat.h"
+#include "storage/LayoutStore.h"
 
 namespace orrery::platform {
 
@@ -18,5 +19,9 @@ std::shared_ptr<const BundleFormat> makeBundleFormat();
 // The scanner the application uses: the format's default roots at the
 // default depth.
 AppScanner makeAppScanner();
+
+// Where this platform keeps per-user application data: the XDG data home
+// on Linux, the application-support folder on macOS.
+LayoutStore::DataLocation dataLocation();
 
 }  // namespace orrery::platform

@@ -26,11 +26,7 @@ void installTranslator() {
 }  // namespace
 
 std::filesystem::path AppDelegate::defaultDataDirectory() {
-#if defined(__APPLE__)
-  return LayoutStore::defaultDirectory(LayoutStore::DataLocation::applicationSupport);
-#else
-  return LayoutStore::defaultDirectory(LayoutStore::DataLocation::xdgDataHome);
-#endif
+  return LayoutStore::defaultDirectory(platform::dataLocation());
 }
 
 AppDelegate::AppDelegate(std::filesystem::path dataDirectory, QObject* parent)
