@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "arrangement/Layout.h"
+#include "base/JsonEvents.h"
 
 namespace orrery {
 
@@ -289,19 +290,25 @@ namespace {
 // skipped, and the key's next value (if any) clears it. An object that ends
 // with an error still held is itself a bad value of its parent's key, up to
 // the document, where the error becomes the result.
-class StreamingDecoder final : public nlohmann::json_sax<json> {
+class StreamingDecoder final {
  public:
+  // The item count is guessed from the file's size (an item takes about 50
+  // bytes as the file is written) so the array rarely grows while being read;
+  // capped so that a huge hostile file does not reserve more than it holds.
+  explicit StreamingDecoder(std::size_t bytes) : itemsHint_(std::min<std::size_t>(bytes / 48, 1 << 16)) {
+    frames_.reserve(16);
+  }
+
   Expected<Layout, DecodingError> result() && {
     if (error_) return Unexpected(std::move(*error_));
     return std::move(layout_);
   }
 
-  bool null() override { return scalar(Type::null, nullptr); }
-  bool boolean(bool) override { return scalar(Type::boolean, nullptr); }
-  bool number_integer(number_integer_t value) override {
-    return number(static_cast<double>(value), value, true);
-  }
-  bool number_unsigned(number_unsigned_t value) override {
+  // The events of readJsonEvents().
+  bool null() { return scalar(Type::null, nullptr); }
+  bool boolean(bool) { return scalar(Type::boolean, nullptr); }
+  bool integer(std::int64_t value) { return number(static_cast<double>(value), value, true); }
+  bool unsignedInteger(std::uint64_t value) {
     if (value > static_cast<std::uint64_t>(INT64_MAX)) {
       if (slot() == Slot::version)
         return fail(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64.");
@@ -309,30 +316,32 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     }
     return number(static_cast<double>(value), static_cast<std::int64_t>(value), true);
   }
-  bool number_float(number_float_t value, const string_t&) override { return number(value, 0, false); }
-  bool string(string_t& value) override { return scalar(Type::string, &value); }
-  bool binary(binary_t&) override { return scalar(Type::other, nullptr); }
+  bool floating(double value) { return number(value, 0, false); }
+  bool string(std::string& value) { return scalar(Type::string, &value); }
 
-  bool start_object(std::size_t) override {
+  bool startObject() {
     const Slot s = slot();
-    Frame frame;
+    Kind kind = Kind::skipped;
     switch (s) {
       case Slot::ignored:
         break;
       case Slot::document:
-        frame.kind = Kind::root;
+        kind = Kind::root;
         break;
       case Slot::item:
-        frame.kind = Kind::item;
+        kind = Kind::item;
+        item_.reset();
         break;
       case Slot::appCase:
-        frame.kind = Kind::appCase;
+        kind = Kind::appCase;
         break;
       case Slot::folderCase:
-        frame.kind = Kind::folderCase;
+        kind = Kind::folderCase;
         break;
       case Slot::folder:
-        frame.kind = Kind::folder;
+        kind = Kind::folder;
+        folder_ = Folder();
+        folderID_.clear();
         break;
       default:
         // The value's contents are skipped once its error is held.
@@ -341,11 +350,11 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
         return true;
     }
     markSeen(s);
-    frames_.push_back(std::move(frame));
+    frames_.emplace_back().kind = kind;
     return true;
   }
 
-  bool key(string_t& name) override {
+  bool key(std::string& name) {
     Frame& frame = frames_.back();
     if (frame.kind == Kind::item) {
       if (frame.firstKey.empty() && frame.keys == 0) {
@@ -361,7 +370,7 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     return true;
   }
 
-  bool end_object() override {
+  bool endObject() {
     Frame& frame = frames_.back();
     // An item's own shape is judged before what its values held.
     std::optional<DecodingError> error;
@@ -377,23 +386,24 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     return true;
   }
 
-  bool start_array(std::size_t) override {
+  bool startArray() {
     const Slot s = slot();
-    Frame frame;
+    Kind kind = Kind::skipped;
     switch (s) {
       case Slot::ignored:
         break;
       case Slot::items:
-        frame.kind = Kind::items;
+        kind = Kind::items;
         layout_.items.clear();
+        layout_.items.reserve(itemsHint_);
         break;
       case Slot::hidden:
-        frame.kind = Kind::hidden;
+        kind = Kind::hidden;
         layout_.hidden.clear();
         break;
       case Slot::folderAppIDs:
-        frame.kind = Kind::appIDs;
-        current(Kind::folder)->folder.appIDs.clear();
+        kind = Kind::appIDs;
+        folder_.appIDs.clear();
         break;
       default:
         // The value's contents are skipped once its error is held.
@@ -402,20 +412,14 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
         return true;
     }
     markSeen(s);
-    frames_.push_back(std::move(frame));
+    frames_.emplace_back().kind = kind;
     return true;
   }
 
-  bool end_array() override {
+  bool endArray() {
     frames_.pop_back();
     advance();
     return true;
-  }
-
-  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
-    if (!error_)
-      error_ = DecodingError{DecodingError::Kind::dataCorrupted, "", "The given data was not valid JSON."};
-    return false;
   }
 
  private:
@@ -437,7 +441,7 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     folderAppID,
     ignored
   };
-  enum class Type { null, boolean, number, string, object, array, other };
+  enum class Type { null, boolean, number, string, object, array };
 
   struct Frame {
     Kind kind = Kind::skipped;
@@ -446,9 +450,6 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
     int seen = 0;           // required keys met so far, one bit each
     int keys = 0;           // distinct keys of an item object
     std::string firstKey;
-    std::optional<LayoutItem> item;  // an item object's payload
-    Folder folder;
-    std::string folderID;
     // Errors of values read under a key, until the key comes again.
     std::vector<std::pair<std::string, DecodingError>> held;
   };
@@ -500,10 +501,10 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
         if (frame.keys != 1)
           return DecodingError{DecodingError::Kind::typeMismatch, path(),
                                "Invalid number of keys found, expected one."};
-        if (!frame.item)
+        if (!item_)
           return DecodingError{DecodingError::Kind::dataCorrupted, path(),
                                "Unknown item key \"" + frame.firstKey + "\"."};
-        layout_.items.push_back(std::move(*frame.item));
+        layout_.items.push_back(std::move(*item_));
         return std::nullopt;
       case Kind::appCase:
       case Kind::folderCase:
@@ -512,25 +513,17 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
       case Kind::folder: {
         for (const auto& [bit, key] : {std::pair{1, "id"}, {2, "name"}, {4, "appIDs"}})
           if (!(frame.seen & bit)) return missing(path(), key);
-        const auto id = Uuid::parse(frame.folderID);
+        const auto id = Uuid::parse(folderID_);
         if (!id)
           return DecodingError{DecodingError::Kind::dataCorrupted, path() + ".id",
                                "Attempted to decode UUID from invalid UUID string."};
-        frame.folder.id = *id;
-        // The enclosing case, then the item that receives the folder.
-        // The frames below are the enclosing case and the item receiving it.
-        frames_[frames_.size() - 3].item = LayoutItem::folder(std::move(frame.folder));
+        folder_.id = *id;
+        item_ = LayoutItem::folder(std::move(folder_));
         return std::nullopt;
       }
       default:
         return std::nullopt;
     }
-  }
-
-  Frame* current(Kind kind) {
-    for (auto it = frames_.rbegin(); it != frames_.rend(); ++it)
-      if (it->kind == kind) return &*it;
-    return nullptr;
   }
 
   // Where the value about to be read sits, e.g. "items[3].folder._0";
@@ -612,16 +605,16 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
         layout_.hidden.insert(std::move(*text));
         break;
       case Slot::appID:
-        frames_[frames_.size() - 2].item = LayoutItem::app(std::move(*text));
+        item_ = LayoutItem::app(std::move(*text));
         break;
       case Slot::folderID:
-        frames_.back().folderID = std::move(*text);
+        folderID_ = std::move(*text);
         break;
       case Slot::folderName:
-        frames_.back().folder.name = std::move(*text);
+        folder_.name = std::move(*text);
         break;
       case Slot::folderAppID:  // inside the appIDs array of the folder
-        frames_[frames_.size() - 2].folder.appIDs.push_back(std::move(*text));
+        folder_.appIDs.push_back(std::move(*text));
         break;
       default:
         return mismatch(s, type);
@@ -666,20 +659,22 @@ class StreamingDecoder final : public nlohmann::json_sax<json> {
 
   Layout layout_;
   std::vector<Frame> frames_;
+  // Items do not nest, nor do folders: the one being read is kept here
+  // rather than in its frame.
+  std::size_t itemsHint_;
+  std::optional<LayoutItem> item_;
+  Folder folder_;
+  std::string folderID_;
   std::optional<DecodingError> error_;
 };
 
 }  // namespace
 
 Expected<Layout, DecodingError> Layout::decode(std::string_view bytes) {
-  StreamingDecoder decoder;
-  const bool parsed = json::sax_parse(bytes.begin(), bytes.end(), &decoder);
-  if (!parsed) {
-    auto result = std::move(decoder).result();
-    if (!result) return result;
+  StreamingDecoder decoder(bytes.size());
+  if (readJsonEvents(bytes, decoder) == JsonReadOutcome::invalid)
     return Unexpected(
         DecodingError{DecodingError::Kind::dataCorrupted, "", "The given data was not valid JSON."});
-  }
   return std::move(decoder).result();
 }
 
