@@ -7,6 +7,7 @@
 #include <numeric>
 
 #include "arrangement/OrderEmbedding.h"
+#include "base/FlatMap.h"
 #include "text/Collation.h"
 #include "text/Localized.h"
 
@@ -414,18 +415,17 @@ namespace {
 
 // True when an app ID has more than one place (items, folders, hidden).
 bool hasRepeatedApps(const Layout& layout) {
-  std::vector<std::string_view> ids(layout.hidden.begin(), layout.hidden.end());
-  ids.reserve(layout.hidden.size() + layout.items.size() * 2);
+  FlatMap<std::string_view, char> seen(layout.hidden.size() + layout.items.size() * 2);
+  for (const auto& id : layout.hidden) seen.tryEmplace(id, 0);
   for (const auto& item : layout.items) {
     if (const auto* id = item.appID()) {
-      ids.push_back(*id);
+      if (!seen.tryEmplace(*id, 0).second) return true;
     } else {
-      const auto& members = item.asFolder()->appIDs;
-      ids.insert(ids.end(), members.begin(), members.end());
+      for (const auto& member : item.asFolder()->appIDs)
+        if (!seen.tryEmplace(member, 0).second) return true;
     }
   }
-  std::sort(ids.begin(), ids.end());
-  return std::adjacent_find(ids.begin(), ids.end()) != ids.end();
+  return false;
 }
 
 // The items with every app's first place kept and later ones dropped; hidden
@@ -525,7 +525,9 @@ Layout Layout::embedding(const Layout& edited, const LayoutProjection& projectio
   result.items.reserve(places.size());
   for (const auto& place : places) {
     if (place.fromEdited) {
-      LayoutItem item = editedItems[place.index];
+      // Each edited item is placed once, so it can be moved; the keys that
+      // view its strings are not used after embedOrderPlaces().
+      LayoutItem item = std::move(editedItems[place.index]);
       // A folder the view showed keeps its invisible members where they were.
       if (Folder* folder = item.asFolder(); folder && oldFolders.contains(folder->id)) {
         const auto& oldMembers = oldFolders.at(folder->id)->appIDs;

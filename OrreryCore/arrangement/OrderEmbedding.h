@@ -26,8 +26,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
-#include <unordered_map>
 #include <vector>
+
+#include "base/FlatMap.h"
 
 namespace orrery {
 
@@ -39,30 +40,29 @@ struct EmbeddedPlace {
 };
 
 // The rule above, told as places in the two inputs, so callers holding
-// records beside their keys need no second lookup. One hash table and flat
-// arrays: this runs over every item of an arrangement on each sync.
+// records beside their keys need no second lookup. One flat hash table and
+// flat arrays: this runs over every item of an arrangement on each sync.
 template <typename Key, typename Hash = std::hash<Key>, typename Keep>
 std::vector<EmbeddedPlace> embedOrderPlaces(const std::vector<Key>& old, const std::vector<Key>& edited,
                                             Keep&& keep) {
   constexpr std::size_t kNotEdited = static_cast<std::size_t>(-1);
   // Key -> its first index in edited; kNotEdited for kept old elements, so a
   // repeated old element is placed once.
-  std::unordered_map<Key, std::size_t, Hash> seen;
-  seen.reserve(edited.size() + old.size() / 4 + 1);
+  FlatMap<Key, std::size_t, Hash> seen(edited.size() + old.size() / 4 + 1);
   std::vector<char> editedFirst(edited.size(), 0);
-  for (std::size_t i = 0; i < edited.size(); ++i) editedFirst[i] = seen.try_emplace(edited[i], i).second;
+  for (std::size_t i = 0; i < edited.size(); ++i) editedFirst[i] = seen.tryEmplace(edited[i], i).second;
 
   // Kept old elements with the edited slot they follow (0 = the front,
   // k + 1 = after edited[k]), in old order.
   std::vector<std::pair<std::size_t, std::size_t>> kept;
   std::size_t anchor = 0;
   for (std::size_t i = 0; i < old.size(); ++i) {
-    if (const auto found = seen.find(old[i]); found != seen.end()) {
-      if (found->second != kNotEdited) anchor = found->second + 1;
+    if (const std::size_t* found = seen.find(old[i])) {
+      if (*found != kNotEdited) anchor = *found + 1;
       continue;
     }
     if (!keep(old[i])) continue;
-    seen.emplace(old[i], kNotEdited);
+    seen.tryEmplace(old[i], kNotEdited);
     kept.emplace_back(anchor, i);
   }
   // Stable by anchor, so a group keeps its old order.

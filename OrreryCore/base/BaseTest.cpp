@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <string>
 
 #include "base/Date.h"
 #include "base/Expected.h"
+#include "base/FlatMap.h"
 #include "base/Uuid.h"
 
 namespace orrery {
@@ -52,6 +54,30 @@ TEST(Expected, HoldsValueOrError) {
   EXPECT_EQ(*good, 3);
   EXPECT_FALSE(bad.has_value());
   EXPECT_EQ(bad.error(), "no");
+}
+
+// Grows past its size hint, keeps the first value of a key, and still finds
+// every key when all of them collide.
+TEST(FlatMap, FindsEveryKeyThroughGrowthAndCollisions) {
+  struct Collide {
+    std::size_t operator()(int) const { return 7; }
+  };
+  FlatMap<int, int> spread(2);
+  FlatMap<int, int, Collide> colliding;
+  for (int i = 0; i < 1000; ++i) {
+    ASSERT_TRUE(spread.tryEmplace(i * 37, i).second);
+    ASSERT_TRUE(colliding.tryEmplace(i, -i).second);
+  }
+  EXPECT_FALSE(spread.tryEmplace(37, 99).second);
+  EXPECT_EQ(*spread.tryEmplace(37, 99).first, 1);
+  EXPECT_EQ(spread.size(), 1000u);
+  for (int i = 0; i < 1000; ++i) {
+    ASSERT_NE(spread.find(i * 37), nullptr);
+    EXPECT_EQ(*spread.find(i * 37), i);
+    EXPECT_EQ(*colliding.find(i), -i);
+  }
+  EXPECT_FALSE(spread.contains(1));
+  EXPECT_FALSE(colliding.contains(1000));
 }
 
 }  // namespace
