@@ -13,6 +13,28 @@
 
 namespace orrery {
 
+namespace {
+
+// Calls `visit` with every app ID placed in the grid, top level and inside
+// folders, in order, until it returns false; false when it stopped early.
+template <typename Visit>
+bool forEachPlacedApp(const std::vector<LayoutItem>& items, Visit&& visit) {
+  for (const auto& item : items) {
+    if (const auto* id = item.appID()) {
+      if (!visit(*id)) return false;
+    } else {
+      for (const auto& member : item.asFolder()->appIDs)
+        if (!visit(member)) return false;
+    }
+  }
+  return true;
+}
+
+// A set of app IDs as views into strings held elsewhere.
+using IDViewSet = FlatMap<std::string_view, char>;
+
+}  // namespace
+
 // --- Folder and keys ----------------------------------------------------------
 
 std::string Folder::defaultName() { return text::localized("New Folder", "Default name of a new folder"); }
@@ -59,14 +81,10 @@ LayoutItemKey LayoutItem::key() const {
 
 AppIDSet Layout::referencedAppIDs() const {
   AppIDSet ids(hidden.begin(), hidden.end());
-  for (const auto& item : items) {
-    if (const auto* id = item.appID()) {
-      ids.insert(*id);
-    } else {
-      const auto& members = item.asFolder()->appIDs;
-      ids.insert(members.begin(), members.end());
-    }
-  }
+  forEachPlacedApp(items, [&](const std::string& id) {
+    ids.insert(id);
+    return true;
+  });
   return ids;
 }
 
@@ -100,15 +118,7 @@ std::vector<Layout::ItemKey> Layout::keys() const {
 }
 
 bool Layout::contains(const std::string& appID) const {
-  for (const auto& item : items) {
-    if (const auto* id = item.appID()) {
-      if (*id == appID) return true;
-    } else {
-      const auto& members = item.asFolder()->appIDs;
-      if (std::find(members.begin(), members.end(), appID) != members.end()) return true;
-    }
-  }
-  return false;
+  return !forEachPlacedApp(items, [&](const std::string& id) { return id != appID; });
 }
 
 std::optional<std::size_t> Layout::folderIndex(const Uuid& folderID) const {
@@ -150,17 +160,13 @@ std::size_t at(Index index) { return static_cast<std::size_t>(index); }
 namespace {
 
 // Every app ID the arrangement mentions, as views into it.
-std::unordered_set<std::string_view> referencedViews(const Layout& layout) {
-  std::unordered_set<std::string_view> ids(layout.hidden.begin(), layout.hidden.end());
-  ids.reserve(layout.items.size() * 2);
-  for (const auto& item : layout.items) {
-    if (const auto* id = item.appID()) {
-      ids.insert(*id);
-    } else {
-      const auto& members = item.asFolder()->appIDs;
-      ids.insert(members.begin(), members.end());
-    }
-  }
+IDViewSet referencedViews(const Layout& layout) {
+  IDViewSet ids(layout.hidden.size() + layout.items.size() * 2);
+  for (const auto& id : layout.hidden) ids.tryEmplace(id, 0);
+  forEachPlacedApp(layout.items, [&](std::string_view id) {
+    ids.tryEmplace(id, 0);
+    return true;
+  });
   return ids;
 }
 
@@ -168,9 +174,9 @@ std::unordered_set<std::string_view> referencedViews(const Layout& layout) {
 
 Layout Layout::reconciled(const std::vector<AppInfo>& apps, const AppIDSet& keeping) const {
   // Views, not copies: a scan reconciles thousands of IDs on every change.
-  std::unordered_set<std::string_view> present(keeping.begin(), keeping.end());
-  present.reserve(keeping.size() + apps.size());
-  for (const auto& app : apps) present.insert(app.id);
+  IDViewSet present(keeping.size() + apps.size());
+  for (const auto& id : keeping) present.tryEmplace(id, 0);
+  for (const auto& app : apps) present.tryEmplace(app.id, 0);
   const auto known = referencedViews(*this);
 
   Layout result;
@@ -195,9 +201,9 @@ Layout Layout::reconciled(const std::vector<AppInfo>& apps, const AppIDSet& keep
       if (const int byName = sortKeys[a].compare(sortKeys[b]); byName != 0) return byName < 0;
       return fresh[a]->id < fresh[b]->id;
     });
-    std::unordered_set<std::string_view> appended;
+    IDViewSet appended(fresh.size());
     for (const std::size_t i : order)
-      if (appended.insert(fresh[i]->id).second) result.items.push_back(LayoutItem::app(fresh[i]->id));
+      if (appended.tryEmplace(fresh[i]->id, 0).second) result.items.push_back(LayoutItem::app(fresh[i]->id));
   }
 
   result.normalizeFolders();
@@ -415,17 +421,9 @@ namespace {
 
 // True when an app ID has more than one place (items, folders, hidden).
 bool hasRepeatedApps(const Layout& layout) {
-  FlatMap<std::string_view, char> seen(layout.hidden.size() + layout.items.size() * 2);
+  IDViewSet seen(layout.hidden.size() + layout.items.size() * 2);
   for (const auto& id : layout.hidden) seen.tryEmplace(id, 0);
-  for (const auto& item : layout.items) {
-    if (const auto* id = item.appID()) {
-      if (!seen.tryEmplace(*id, 0).second) return true;
-    } else {
-      for (const auto& member : item.asFolder()->appIDs)
-        if (!seen.tryEmplace(member, 0).second) return true;
-    }
-  }
-  return false;
+  return !forEachPlacedApp(layout.items, [&](std::string_view id) { return seen.tryEmplace(id, 0).second; });
 }
 
 // The items with every app's first place kept and later ones dropped; hidden

@@ -33,14 +33,15 @@ class FlatMap {
   }
 
   // The value for `key`, or nullptr.
-  Value* find(const Key& key) {
+  const Value* find(const Key& key) const {
     for (std::size_t slot = hash(key) & mask_;; slot = (slot + 1) & mask_) {
       const std::uint32_t at = index_[slot];
       if (at == 0) return nullptr;
       if (entries_[at - 1].first == key) return &entries_[at - 1].second;
     }
   }
-  bool contains(const Key& key) { return find(key) != nullptr; }
+  Value* find(const Key& key) { return const_cast<Value*>(std::as_const(*this).find(key)); }
+  bool contains(const Key& key) const { return find(key) != nullptr; }
 
   // Inserts `value` under `key` unless the key is there; the stored value and
   // whether it was inserted.
