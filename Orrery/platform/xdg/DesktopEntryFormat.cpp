@@ -13,26 +13,12 @@
 
 #include <glib.h>
 
+#include "platform/xdg/DesktopEntryFile.h"
+#include "platform/xdg/GLibDesktopEntry.h"
+
 namespace orrery::platform {
 
 namespace {
-
-constexpr const char* kGroup = "Desktop Entry";
-
-struct KeyFileUnref {
-  void operator()(GKeyFile* keys) const { g_key_file_unref(keys); }
-};
-using KeyFile = std::unique_ptr<GKeyFile, KeyFileUnref>;
-
-struct GFree {
-  void operator()(void* memory) const { g_free(memory); }
-};
-using GText = std::unique_ptr<gchar, GFree>;
-
-struct StrvFree {
-  void operator()(gchar** strings) const { g_strfreev(strings); }
-};
-using GStrings = std::unique_ptr<gchar*, StrvFree>;
 
 std::vector<std::string> split(std::string_view text, char separator) {
   std::vector<std::string> parts;
@@ -82,22 +68,19 @@ bool programExists(std::string_view program, const std::string& searchPath) {
   }
 }
 
-bool isSet(const GText& text) { return text && text.get()[0] != '\0'; }
-
-bool contains(gchar** list, const std::string& value) {
-  for (gchar** item = list; item != nullptr && *item != nullptr; ++item)
-    if (value == *item) return true;
-  return false;
+bool contains(const std::optional<std::vector<std::string>>& list, const std::string& value) {
+  return list && std::find(list->begin(), list->end(), value) != list->end();
 }
 
 // Entries of a few kilobytes are the rule; this bounds what a stray huge
 // file can cost.
 constexpr off_t kMaxEntryBytes = 4 * 1024 * 1024;
 
-// Reads the whole file into `bytes` and returns its modification time
-// (links followed, as opening follows them), or nothing.
-std::optional<Date> readFile(const std::string& path, std::string& bytes) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+// Reads the whole file `name` in the folder open as `folder` into `bytes`
+// and returns its modification time (links followed, as opening follows
+// them), or nothing.
+std::optional<Date> readFile(int folder, const char* name, std::string& bytes) {
+  const int fd = openat(folder, name, O_RDONLY | O_CLOEXEC);
   if (fd < 0) return std::nullopt;
   std::optional<Date> modified;
   struct stat status {};
@@ -121,61 +104,69 @@ std::optional<Date> readFile(const std::string& path, std::string& bytes) {
   return modified;
 }
 
-bool isKeyCharacter(char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
-}
+// The folder the last entry was in, kept open: a scan reads a folder's
+// entries one after another, and opening each relative to its folder spares
+// the kernel walking the whole path again for every file.
+class OpenFolder {
+ public:
+  OpenFolder() = default;
+  OpenFolder(const OpenFolder&) = delete;
+  OpenFolder& operator=(const OpenFolder&) = delete;
+  ~OpenFolder() { reset(); }
 
-bool isLocaleCharacter(char c) { return isKeyCharacter(c) || c == '_' || c == '.' || c == '@'; }
+  // A descriptor for `folder`, or AT_FDCWD when it cannot be opened (paths
+  // are absolute, so opening by the whole path still works then).
+  int at(std::string_view folder) {
+    if (folder != path_ || fd_ < 0) {
+      reset();
+      path_.assign(folder);
+      fd_ = open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    }
+    return fd_ < 0 ? AT_FDCWD : fd_;
+  }
 
-bool equalIgnoringAsciiCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i)
-    if (g_ascii_tolower(a[i]) != g_ascii_tolower(b[i])) return false;
-  return true;
-}
+ private:
+  void reset() {
+    if (fd_ >= 0) close(fd_);
+    fd_ = -1;
+  }
 
-// A key line's key and locale ("Name[de_CH] = …" gives "Name" and
-// "de_CH"), or nothing when the line is not plainly one. Only keys GLib's
-// parser accepts qualify, so dropping such a line never hides an error.
-struct KeyLine {
-  std::string_view key;
-  std::string_view locale;  // empty for an untranslated key
+  std::string path_;
+  int fd_ = -1;
 };
 
-std::optional<KeyLine> keyLine(std::string_view line) {
-  std::size_t at = 0;
-  while (at < line.size() && isKeyCharacter(line[at])) ++at;
-  if (at == 0) return std::nullopt;
-  KeyLine parsed{line.substr(0, at), {}};
-  if (at < line.size() && line[at] == '[') {
-    const std::size_t localeStart = ++at;
-    while (at < line.size() && isLocaleCharacter(line[at])) ++at;
-    if (at == localeStart || at == line.size() || line[at] != ']') return std::nullopt;
-    parsed.locale = line.substr(localeStart, at - localeStart);
-    ++at;
-  }
-  while (at < line.size() && line[at] == ' ') ++at;
-  if (at == line.size() || line[at] != '=') return std::nullopt;
-  return parsed;
+// The language names GLib's parser keeps translations for, in the order
+// GLib looks them up in.
+std::vector<std::string> languageNames() {
+  std::vector<std::string> languages;
+  for (const gchar* const* language = g_get_language_names(); *language != nullptr; ++language)
+    languages.emplace_back(*language);
+  return languages;
 }
 
-// The keys an entry is judged and named by. "Encoding" is among them
-// because the parser rejects a file that declares anything but UTF-8.
-bool isKeyRead(std::string_view key) {
-  static constexpr std::string_view kKeys[] = {"Type",      "Name",    "Hidden", "NoDisplay", "OnlyShowIn",
-                                               "NotShowIn", "TryExec", "Exec",   "Encoding"};
-  return std::find(std::begin(kKeys), std::end(kKeys), key) != std::end(kKeys);
+std::vector<std::string> translatedNameKeys(const std::vector<std::string>& languages) {
+  std::vector<std::string> keys;
+  for (const std::string& language : languages) keys.push_back("Name[" + language + "]");
+  return keys;
 }
 
-// The reader of one scan.
+// The keys an entry is judged and named by.
+std::vector<std::string> keysRead(const std::vector<std::string>& translatedNames) {
+  std::vector<std::string> keys{"Type",       "Exec",      "Name",    "NoDisplay",
+                                "OnlyShowIn", "NotShowIn", "TryExec", "Hidden"};
+  keys.insert(keys.end(), translatedNames.begin(), translatedNames.end());
+  return keys;
+}
+
+// The reader of one scan. Each entry is read by DesktopEntryFile, and by
+// GLib's parser only when that reader leaves the file to it; both answer
+// the same questions, asked by the same code below.
 class DesktopEntryReader final : public BundleFormat::Reader {
  public:
-  explicit DesktopEntryReader(const DesktopEnvironment& environment) : environment_(environment) {
-    // The same list GLib's parser keeps translations for and the same
-    // order GLib looks them up in.
-    for (const gchar* const* language = g_get_language_names(); *language != nullptr; ++language)
-      languages_.emplace_back(*language);
-  }
+  explicit DesktopEntryReader(const DesktopEnvironment& environment)
+      : environment_(environment),
+        translatedNames_(translatedNameKeys(languageNames())),
+        file_(keysRead(translatedNames_)) {}
 
   BundleRecord read(const std::string& path, std::string_view relativePath) override {
     BundleRecord record;
@@ -186,18 +177,28 @@ class DesktopEntryReader final : public BundleFormat::Reader {
     if (!g_utf8_validate(record.app.id.data(), static_cast<gssize>(record.app.id.size()), nullptr))
       return record;
 
-    const std::optional<Date> modified = readFile(path, bytes_);
+    const std::size_t slash = path.find_last_of('/');
+    const int folder = folder_.at(std::string_view(path).substr(0, slash));
+    const std::optional<Date> modified =
+        readFile(folder, folder == AT_FDCWD ? path.c_str() : path.c_str() + slash + 1, bytes_);
     if (!modified) return record;
-    keepInterestingLines();
-    const KeyFile keys(g_key_file_new());
-    if (!g_key_file_load_from_data(keys.get(), kept_.data(), kept_.size(), G_KEY_FILE_NONE, nullptr))
-      return record;
-    if (!isApplication(keys.get())) return record;
+    file_.read(bytes_);
+    bool listed = false;
+    if (!file_.needsGLib()) {
+      listed = isApplication(file_);
+      if (listed) record.app.name = localizedName(file_);
+    }
+    // needsGLib() may also have been set by one of the questions.
+    if (file_.needsGLib()) {
+      const GLibDesktopEntry keys(bytes_);
+      listed = isApplication(keys);
+      record.app.name = listed ? localizedName(keys) : std::string();
+    }
+    if (!listed) return record;
 
     record.listed = true;
-    record.app.name = localizedName(keys.get());
     if (record.app.name.empty()) {
-      const std::string_view file = std::string_view(path).substr(path.find_last_of('/') + 1);
+      const std::string_view file = std::string_view(path).substr(slash + 1);
       record.app.name = std::string(file.substr(0, file.size() - std::string_view(".desktop").size()));
     }
     record.app.modified = modified;
@@ -205,75 +206,19 @@ class DesktopEntryReader final : public BundleFormat::Reader {
   }
 
  private:
-  // Copies `bytes_` to `kept_` without the lines nothing here reads:
-  // blank lines, comments, keys other than those isApplication() and
-  // localizedName() ask for, and Name translations into languages not
-  // wanted. Lines before the first group all stay, so the parser still
-  // rejects a file that does not start with one.
-  void keepInterestingLines() {
-    kept_.clear();
-    bool inGroup = false;
-    std::size_t start = 0;
-    while (start < bytes_.size()) {
-      std::size_t end = bytes_.find('\n', start);
-      if (end == std::string::npos) end = bytes_.size();
-      const std::string_view raw = std::string_view(bytes_).substr(start, end - start);
-      std::string_view line = raw;
-      while (!line.empty() && g_ascii_isspace(line.front())) line.remove_prefix(1);
-      bool keep = true;
-      if (line.starts_with('[')) {
-        inGroup = true;
-      } else if (inGroup) {
-        if (line.empty() || line.front() == '#') {
-          keep = false;
-        } else if (const auto parsed = keyLine(line)) {
-          keep = parsed->locale.empty() ? isKeyRead(parsed->key)
-                                        : parsed->key == "Name" && wanted(parsed->locale);
-        }
-      }
-      if (keep) kept_.append(raw).append("\n");
-      start = end + 1;
-    }
-  }
-
-  // The parser's own test for a translation worth keeping.
-  bool wanted(std::string_view locale) const {
-    return std::any_of(languages_.begin(), languages_.end(),
-                       [&](const std::string& language) { return equalIgnoringAsciiCase(language, locale); });
-  }
-
-  bool has(GKeyFile* keys, const char* key) const { return g_key_file_has_key(keys, kGroup, key, nullptr); }
-
-  // Asking GLib for a missing key builds a translated error message even
-  // when nobody wants it, so optional keys are looked for first.
-  GText optionalString(GKeyFile* keys, const char* key) const {
-    return has(keys, key) ? GText(g_key_file_get_string(keys, kGroup, key, nullptr)) : GText();
-  }
-  bool optionalBoolean(GKeyFile* keys, const char* key) const {
-    return has(keys, key) && g_key_file_get_boolean(keys, kGroup, key, nullptr);
-  }
-  GStrings optionalList(GKeyFile* keys, const char* key) const {
-    return has(keys, key) ? GStrings(g_key_file_get_string_list(keys, kGroup, key, nullptr, nullptr))
-                          : GStrings();
-  }
-
-  bool isApplication(GKeyFile* keys) {
-    const GText startGroup(g_key_file_get_start_group(keys));
-    if (!startGroup || std::string_view(startGroup.get()) != kGroup) return false;
-    const GText type = optionalString(keys, "Type");
-    if (!type || std::string_view(type.get()) != "Application") return false;
-    if (optionalBoolean(keys, "Hidden") || optionalBoolean(keys, "NoDisplay")) return false;
+  template <class Keys>
+  bool isApplication(const Keys& keys) {
+    if (!keys.startsWithDesktopEntry()) return false;
+    if (keys.string("Type") != "Application") return false;
+    if (keys.boolean("Hidden") || keys.boolean("NoDisplay")) return false;
     if (!shownIn(keys)) return false;
-    const GText tryExec = optionalString(keys, "TryExec");
-    if (isSet(tryExec) && !installed(tryExec.get())) return false;
+    const std::optional<std::string> tryExec = keys.string("TryExec");
+    if (tryExec && !tryExec->empty() && !installed(*tryExec)) return false;
     // An Exec line whose program is not installed makes the entry unusable.
-    const GText exec = optionalString(keys, "Exec");
-    if (isSet(exec)) {
-      gint argc = 0;
-      gchar** argv = nullptr;
-      if (!g_shell_parse_argv(exec.get(), &argc, &argv, nullptr)) return false;
-      const GStrings arguments(argv);
-      if (argc < 1 || !installed(arguments.get()[0])) return false;
+    const std::optional<std::string> exec = keys.string("Exec");
+    if (exec && !exec->empty()) {
+      const std::optional<std::string> program = commandProgram(*exec);
+      if (!program || !installed(*program)) return false;
     }
     return true;
   }
@@ -281,16 +226,18 @@ class DesktopEntryReader final : public BundleFormat::Reader {
   // OnlyShowIn/NotShowIn against the current desktops, in their order: the
   // first desktop either list names decides; with none named, an entry with
   // an OnlyShowIn list is not for this desktop.
-  bool shownIn(GKeyFile* keys) const {
-    const GStrings only = optionalList(keys, "OnlyShowIn");
-    const GStrings notIn = optionalList(keys, "NotShowIn");
+  template <class Keys>
+  bool shownIn(const Keys& keys) const {
+    const auto only = keys.list("OnlyShowIn");
+    const auto notIn = keys.list("NotShowIn");
     for (const std::string& desktop : environment_.currentDesktops) {
-      if (contains(only.get(), desktop)) return true;
-      if (contains(notIn.get(), desktop)) return false;
+      if (contains(only, desktop)) return true;
+      if (contains(notIn, desktop)) return false;
     }
     return !only;
   }
 
+  // One scan looks each program up once.
   bool installed(const std::string& program) {
     const auto known = programs_.find(program);
     if (known != programs_.end()) return known->second;
@@ -301,22 +248,21 @@ class DesktopEntryReader final : public BundleFormat::Reader {
 
   // Name in the first wanted language with a non-empty translation, else
   // the plain Name.
-  std::string localizedName(GKeyFile* keys) const {
-    std::string key;
-    for (const std::string& language : languages_) {
-      key.assign("Name[").append(language).append("]");
-      const GText value = optionalString(keys, key.c_str());
-      if (isSet(value)) return value.get();
+  template <class Keys>
+  std::string localizedName(const Keys& keys) const {
+    for (const std::string& key : translatedNames_) {
+      std::optional<std::string> value = keys.string(key);
+      if (value && !value->empty()) return std::move(*value);
     }
-    const GText plain = optionalString(keys, "Name");
-    return isSet(plain) ? std::string(plain.get()) : std::string();
+    return keys.string("Name").value_or(std::string());
   }
 
   const DesktopEnvironment& environment_;
-  std::vector<std::string> languages_;
+  std::vector<std::string> translatedNames_;
+  DesktopEntryFile file_;
   std::unordered_map<std::string, bool> programs_;
+  OpenFolder folder_;
   std::string bytes_;
-  std::string kept_;
 };
 
 }  // namespace

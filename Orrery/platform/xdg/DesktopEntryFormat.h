@@ -9,9 +9,9 @@
 //
 // A candidate is a file named "*.desktop". Its id is the desktop-file ID:
 // the path below the root with "/" turned into "-" ("kde/konsole.desktop"
-// gives "kde-konsole.desktop"). Entries are read with GLib's key-file
-// parser and judged the way GIO's app listing judges them: an entry that
-// cannot be parsed, does not start with [Desktop Entry], is not
+// gives "kde-konsole.desktop"). Entries are read the way GLib's key-file
+// parser reads them and judged the way GIO's app listing judges them: an
+// entry that cannot be parsed, does not start with [Desktop Entry], is not
 // Type=Application, is Hidden, names a TryExec or Exec program that is not
 // installed, is NoDisplay, or is excluded by OnlyShowIn/NotShowIn for the
 // current desktops is not listed, yet it still claims its ID and so hides
@@ -32,13 +32,12 @@
 // folder watcher bounded too. Names beginning with "." are skipped like on
 // every platform.
 //
-// Reading: one scan looks each TryExec/Exec program up once. The file is
-// read in one go, and before GLib's parser sees it, the lines nothing here
-// reads are dropped: comments, keys such as Comment, Icon or Keywords, and
-// translations into other languages. The parser would store or skip those
-// itself, but only after spending most of its time on them (real entries
-// carry hundreds of translated lines). Only lines whose key the parser
-// accepts are dropped, so a file it rejects is still rejected.
+// Reading: one scan looks each TryExec/Exec program up once, and opens the
+// entries of a folder relative to the folder. Entries are read by
+// DesktopEntryFile, which answers as GLib's key-file parser does without
+// storing every line in hash tables first; the few files it leaves to GLib
+// (carriage returns, control characters, keys outside ASCII and the like)
+// go through GLib's parser, and the same code judges both.
 //
 // Thread rules: immutable after construction; scans may start on any
 // thread, each with its own reader.
