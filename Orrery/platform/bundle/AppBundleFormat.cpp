@@ -10,7 +10,8 @@
 #include <memory>
 #include <optional>
 
-#include <plist/plist.h>
+#include "platform/OpenFolder.h"
+#include "platform/bundle/BundleInfo.h"
 
 namespace orrery::platform {
 
@@ -20,18 +21,15 @@ namespace {
 // reading it would only cost memory.
 constexpr off_t kMaxPlistBytes = 8 * 1024 * 1024;
 
-struct PlistFree {
-  void operator()(plist_t plist) const { plist_free(plist); }
-};
-using Plist = std::unique_ptr<void, PlistFree>;
-
-std::optional<std::string> fileContents(const std::string& path) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return std::nullopt;
-  std::optional<std::string> contents;
+// Reads the file `name` relative to `folder` into `bytes`; false when it
+// cannot be opened or is not a regular file of a plausible size.
+bool readFile(int folder, const char* name, std::string& bytes) {
+  const int fd = openat(folder, name, O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  bool read = false;
   struct stat status {};
   if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= kMaxPlistBytes) {
-    std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
+    bytes.resize(static_cast<std::size_t>(status.st_size));
     std::size_t done = 0;
     while (done < bytes.size()) {
       const ssize_t got = ::read(fd, bytes.data() + done, bytes.size() - done);
@@ -41,42 +39,41 @@ std::optional<std::string> fileContents(const std::string& path) {
     }
     // A file that shrank while being read is taken as it was read.
     bytes.resize(done);
-    contents = std::move(bytes);
+    read = true;
   }
   close(fd);
-  return contents;
+  return read;
 }
 
-// The root dictionary of the property list, or nothing.
-Plist readDictionary(const std::string& path) {
-  const auto bytes = fileContents(path);
-  if (!bytes || bytes->empty()) return nullptr;
-  const auto length = static_cast<uint32_t>(bytes->size());
-  plist_t root = nullptr;
-  if (plist_is_binary(bytes->data(), length))
-    plist_from_bin(bytes->data(), length, &root);
-  else
-    plist_from_xml(bytes->data(), length, &root);
-  Plist plist(root);
-  if (!plist || plist_get_node_type(plist.get()) != PLIST_DICT) return nullptr;
-  return plist;
-}
-
-std::optional<std::string> nonEmptyString(const Plist& dictionary, const char* key) {
-  if (!dictionary) return std::nullopt;
-  const plist_t node = plist_dict_get_item(dictionary.get(), key);
-  if (node == nullptr || plist_get_node_type(node) != PLIST_STRING) return std::nullopt;
-  uint64_t length = 0;
-  const char* text = plist_get_string_ptr(node, &length);
-  if (text == nullptr || length == 0) return std::nullopt;
-  return std::string(text, static_cast<std::size_t>(length));
-}
-
-std::optional<Date> ownModificationDate(const std::string& path) {
+// The record of the bundle `path`, found as `location`. `scratch` is any
+// buffer, reused between bundles.
+BundleRecord readBundle(const std::string& path, OpenFolder::Location location, std::string& scratch) {
+  // The bundle's own date: for a symbolic link, the link's.
+  std::optional<Date> modified;
   struct stat status {};
-  if (lstat(path.c_str(), &status) != 0) return std::nullopt;
-  return Date(std::chrono::duration_cast<Date::duration>(std::chrono::seconds(status.st_mtim.tv_sec) +
-                                                         std::chrono::nanoseconds(status.st_mtim.tv_nsec)));
+  if (fstatat(location.folder, location.name, &status, AT_SYMLINK_NOFOLLOW) == 0)
+    modified = Date(std::chrono::duration_cast<Date::duration>(
+        std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec)));
+
+  std::string infoPlist(location.name);
+  infoPlist += "/Contents/Info.plist";
+  BundleInfo info =
+      readFile(location.folder, infoPlist.c_str(), scratch) ? BundleInfo::read(scratch) : BundleInfo{};
+
+  BundleRecord record;
+  record.app.url = path;
+  if (info.displayName) {
+    record.app.name = std::move(*info.displayName);
+  } else if (info.name) {
+    record.app.name = std::move(*info.name);
+  } else {
+    const auto slash = path.find_last_of('/');
+    const std::string_view file = std::string_view(path).substr(slash == std::string::npos ? 0 : slash + 1);
+    record.app.name = std::string(file.substr(0, file.size() - 4));
+  }
+  record.app.id = info.identifier ? std::move(*info.identifier) : path;
+  record.app.modified = modified;
+  return record;
 }
 
 }  // namespace
@@ -100,34 +97,20 @@ bool AppBundleFormat::isCandidate(std::string_view name) const {
 }
 
 std::unique_ptr<BundleFormat::Reader> AppBundleFormat::startScan() const {
-  // Bundles share nothing worth remembering between them.
+  // Bundles share nothing but their folders and a buffer.
   struct Records final : Reader {
-    explicit Records(const AppBundleFormat& owner) : format(owner) {}
     BundleRecord read(const std::string& path, std::string_view /*relativePath*/) override {
-      return format.read(path);
+      return readBundle(path, folder.of(path), bytes);
     }
-    const AppBundleFormat& format;
+    OpenFolder folder;
+    std::string bytes;
   };
-  return std::make_unique<Records>(*this);
+  return std::make_unique<Records>();
 }
 
 BundleRecord AppBundleFormat::read(const std::string& path) const {
-  const Plist info = readDictionary(path + "/Contents/Info.plist");
-
-  BundleRecord record;
-  record.app.url = path;
-  if (auto name = nonEmptyString(info, "CFBundleDisplayName")) {
-    record.app.name = std::move(*name);
-  } else if (auto bundleName = nonEmptyString(info, "CFBundleName")) {
-    record.app.name = std::move(*bundleName);
-  } else {
-    const auto slash = path.find_last_of('/');
-    const std::string_view file = std::string_view(path).substr(slash == std::string::npos ? 0 : slash + 1);
-    record.app.name = std::string(file.substr(0, file.size() - 4));
-  }
-  record.app.id = nonEmptyString(info, "CFBundleIdentifier").value_or(path);
-  record.app.modified = ownModificationDate(path);
-  return record;
+  std::string bytes;
+  return readBundle(path, {AT_FDCWD, path.c_str()}, bytes);
 }
 
 }  // namespace orrery::platform

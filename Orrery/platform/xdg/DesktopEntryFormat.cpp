@@ -13,6 +13,7 @@
 
 #include <glib.h>
 
+#include "platform/OpenFolder.h"
 #include "platform/xdg/DesktopEntryFile.h"
 #include "platform/xdg/GLibDesktopEntry.h"
 
@@ -104,37 +105,6 @@ std::optional<Date> readFile(int folder, const char* name, std::string& bytes) {
   return modified;
 }
 
-// The folder the last entry was in, kept open: a scan reads a folder's
-// entries one after another, and opening each relative to its folder spares
-// the kernel walking the whole path again for every file.
-class OpenFolder {
- public:
-  OpenFolder() = default;
-  OpenFolder(const OpenFolder&) = delete;
-  OpenFolder& operator=(const OpenFolder&) = delete;
-  ~OpenFolder() { reset(); }
-
-  // A descriptor for `folder`, or AT_FDCWD when it cannot be opened (paths
-  // are absolute, so opening by the whole path still works then).
-  int at(std::string_view folder) {
-    if (folder != path_ || fd_ < 0) {
-      reset();
-      path_.assign(folder);
-      fd_ = open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-    }
-    return fd_ < 0 ? AT_FDCWD : fd_;
-  }
-
- private:
-  void reset() {
-    if (fd_ >= 0) close(fd_);
-    fd_ = -1;
-  }
-
-  std::string path_;
-  int fd_ = -1;
-};
-
 // The language names GLib's parser keeps translations for, in the order
 // GLib looks them up in.
 std::vector<std::string> languageNames() {
@@ -177,10 +147,8 @@ class DesktopEntryReader final : public BundleFormat::Reader {
     if (!g_utf8_validate(record.app.id.data(), static_cast<gssize>(record.app.id.size()), nullptr))
       return record;
 
-    const std::size_t slash = path.find_last_of('/');
-    const int folder = folder_.at(std::string_view(path).substr(0, slash));
-    const std::optional<Date> modified =
-        readFile(folder, folder == AT_FDCWD ? path.c_str() : path.c_str() + slash + 1, bytes_);
+    const OpenFolder::Location location = folder_.of(path);
+    const std::optional<Date> modified = readFile(location.folder, location.name, bytes_);
     if (!modified) return record;
     file_.read(bytes_);
     bool listed = false;
@@ -198,7 +166,7 @@ class DesktopEntryReader final : public BundleFormat::Reader {
 
     record.listed = true;
     if (record.app.name.empty()) {
-      const std::string_view file = std::string_view(path).substr(slash + 1);
+      const std::string_view file = std::string_view(path).substr(path.find_last_of('/') + 1);
       record.app.name = std::string(file.substr(0, file.size() - std::string_view(".desktop").size()));
     }
     record.app.modified = modified;

@@ -1,0 +1,146 @@
+#include "platform/bundle/BundleInfo.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include <plist/plist.h>
+
+namespace orrery::platform {
+namespace {
+
+using namespace std::string_literals;
+
+const std::string kPrologue =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+    "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n";
+
+std::string document(const std::string& entries) {
+  return kPrologue + "<plist version=\"1.0\">\n<dict>\n" + entries + "</dict>\n</plist>\n";
+}
+
+// Whether the reader took `xml` itself; if so, its strings must be
+// libplist's.
+bool agreesWithLibplist(const std::string& xml) {
+  const std::optional<BundleInfo> quick = BundleInfo::fromXml(xml);
+  if (!quick) return false;
+  const BundleInfo expected = BundleInfo::fromLibplist(xml);
+  EXPECT_EQ(quick->displayName, expected.displayName) << ::testing::PrintToString(xml);
+  EXPECT_EQ(quick->name, expected.name) << ::testing::PrintToString(xml);
+  EXPECT_EQ(quick->identifier, expected.identifier) << ::testing::PrintToString(xml);
+  return true;
+}
+
+TEST(BundleInfo, ReadsCommonXmlLikeLibplist) {
+  const std::vector<std::string> taken{
+      document("\t<key>CFBundleDisplayName</key>\n\t<string>Mail &amp; More &lt;3&gt; &quot;&apos;</string>\n"
+               "\t<key>CFBundleName</key>\n\t<string>  Mail\n </string>\n"
+               "\t<key>CFBundleIdentifier</key>\n\t<string>com.apple.mail</string>\n"),
+      // Nested values, other types, keys that only look alike, raw bytes.
+      document(
+          "<key>LSItems</key><array><string>a</string><dict><key>CFBundleName</key><string>inner</string>"
+          "</dict><array/><true/><integer>-3</integer></array><key>CFBundleName</key><string>Caf\xc3\xa9 "
+          "\xff a > b</string><key> CFBundleIdentifier</key><string>x</string><key>Flags</key><dict/>"),
+      // The last of a repeated key wins, whatever it holds.
+      document(
+          "<key>CFBundleName</key><string>first</string><key>CFBundleName</key><string>second</string>"
+          "<key>CFBundleIdentifier</key><string>id</string><key>CFBundleIdentifier</key><integer>1</integer>"
+          "<key>CFBundleDisplayName</key><string>shown</string><key>CFBundleDisplayName</key><string/>"),
+      document("<key>CFBundleName</key><string>a\r\nb</string>"),
+      "<plist><dict/></plist>",
+      "  <plist>\n<dict><key>CFBundleName</key><string></string></dict></plist>\n\n",
+  };
+  for (const std::string& xml : taken) EXPECT_TRUE(agreesWithLibplist(xml)) << xml;
+
+  const std::vector<std::string> leftToLibplist{
+      document("<!-- a comment --><key>CFBundleName</key><string>x</string>"),
+      document("<key>CFBundleName</key><string><![CDATA[a<b]]></string>"),
+      document("<key>CFBundleName</key><string>&#169;</string>"),
+      document("<key>CFBundleName</key><string>a & b</string>"),
+      document("<key>CFBundleName</key><string id=\"1\">x</string>"),
+      document("<key>R</key><real>1.5</real>"),
+      document("<key>X</key><key>CFBundleName</key><string>x</string>"),
+      "\xef\xbb\xbf<plist><dict/></plist>",
+      "<plist><array/></plist>",
+      "<plist><dict></dict>",
+      "<plist><dict></dict></plist>junk",
+      "<plist><dict><key>CFBundleName</key><string>a\0b</string></dict></plist>"s,
+      "",
+  };
+  for (const std::string& xml : leftToLibplist) EXPECT_FALSE(BundleInfo::fromXml(xml)) << xml;
+}
+
+TEST(BundleInfo, ReadsBinaryListsThroughLibplist) {
+  plist_t dict = plist_new_dict();
+  plist_dict_set_item(dict, "CFBundleName", plist_new_string("Notizen \xe2\x9c\x8e"));
+  plist_dict_set_item(dict, "CFBundleIdentifier", plist_new_string(""));
+  char* bytes = nullptr;
+  uint32_t length = 0;
+  plist_to_bin(dict, &bytes, &length);
+  const std::string binary(bytes, length);
+  plist_to_bin_free(bytes);
+  plist_free(dict);
+
+  EXPECT_FALSE(BundleInfo::fromXml(binary));
+  EXPECT_EQ(BundleInfo::read(binary), (BundleInfo{std::nullopt, "Notizen \xe2\x9c\x8e", std::nullopt}));
+  EXPECT_EQ(BundleInfo::read(binary.substr(0, binary.size() / 2)), BundleInfo{});
+}
+
+// Dictionaries put together from pieces that each stress one rule, many
+// thousand times over with a fixed seed.
+TEST(BundleInfo, ReadsGeneratedXmlLikeLibplist) {
+  const std::vector<std::string> keys{"CFBundleName",
+                                      "CFBundleDisplayName",
+                                      "CFBundleIdentifier",
+                                      " CFBundleName",
+                                      "Other",
+                                      "A&amp;B",
+                                      "CFBundle&#78;ame",
+                                      "a&b"};
+  const std::vector<std::string> values{"<string>x</string>",
+                                        "<string/>",
+                                        "<string></string>",
+                                        "<string>a &amp; b &lt;</string>",
+                                        "<string>a & b</string>",
+                                        "<string>&nbsp;</string>",
+                                        "<string>  sp \t </string>",
+                                        "<string>Caf\xc3\xa9</string>",
+                                        "<string>\xff\x01</string>",
+                                        "<integer>3</integer>",
+                                        "<integer>-</integer>",
+                                        "<true/>",
+                                        "<false></false>",
+                                        "<array><string>a</string><true/></array>",
+                                        "<dict><key>CFBundleName</key><string>in</string></dict>",
+                                        "<array/>",
+                                        "<dict/>",
+                                        "<real>1</real>",
+                                        "<!-- c --><string>x</string>",
+                                        "<string><![CDATA[x]]></string>",
+                                        "<string>a\r\nb</string>",
+                                        "<string>x</strin>"};
+  const std::vector<std::string> spaces{"", "\n", "\n\t", " \r\n"};
+  std::mt19937 random(20261122);
+  const auto pick = [&](const std::vector<std::string>& from) -> const std::string& {
+    return from[random() % from.size()];
+  };
+  int taken = 0;
+  constexpr int kDocuments = 3000;
+  for (int i = 0; i < kDocuments; ++i) {
+    std::string entries;
+    const auto count = random() % 8;
+    for (std::size_t entry = 0; entry < count; ++entry) {
+      if (random() % 15 != 0) entries += "<key>" + pick(keys) + "</key>" + pick(spaces);
+      entries += pick(values) + pick(spaces);
+    }
+    if (agreesWithLibplist(document(entries))) ++taken;
+    if (::testing::Test::HasFailure()) break;
+  }
+  EXPECT_GT(taken, kDocuments / 10);
+}
+
+}  // namespace
+}  // namespace orrery::platform
