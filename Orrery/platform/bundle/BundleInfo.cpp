@@ -1,5 +1,6 @@
 #include "platform/bundle/BundleInfo.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -158,6 +159,160 @@ class PlainXmlReader {
   std::size_t at_ = 0;
 };
 
+// A reader of binary property lists ("bplist00") made of what Info.plist
+// files hold: dictionaries with ASCII keys, arrays, ASCII strings,
+// booleans and integers of up to eight bytes. Every offset in the file is
+// checked, not only those on the way to the three keys, so a file libplist
+// would refuse is never read here; anything else (UTF-16 strings, data,
+// dates, reals, nesting deeper than a plist needs, a key given twice)
+// means "not this shape".
+class PlainBinaryReader {
+ public:
+  explicit PlainBinaryReader(std::string_view bytes) : bytes_(bytes) {}
+
+  std::optional<BundleInfo> document() {
+    constexpr std::size_t kTrailer = 32;
+    if (bytes_.size() < 8 + kTrailer || !bytes_.starts_with("bplist00")) return std::nullopt;
+    const std::size_t trailer = bytes_.size() - kTrailer;
+    offsetSize_ = byte(trailer + 6);
+    referenceSize_ = byte(trailer + 7);
+    const std::uint64_t objects = number(trailer + 8, 8);
+    const std::uint64_t top = number(trailer + 16, 8);
+    const std::uint64_t table = number(trailer + 24, 8);
+    if (!isIntegerSize(offsetSize_) || !isIntegerSize(referenceSize_)) return std::nullopt;
+    if (objects == 0 || top >= objects || table < 8 || table > trailer) return std::nullopt;
+    if (objects > (trailer - table) / offsetSize_) return std::nullopt;
+    objects_ = static_cast<std::size_t>(objects);
+    table_ = static_cast<std::size_t>(table);
+    for (std::size_t i = 0; i < objects_; ++i) {
+      const std::uint64_t offset = number(table_ + i * offsetSize_, offsetSize_);
+      if (offset < 8 || offset >= table_) return std::nullopt;
+    }
+
+    const std::size_t at = offsetOf(static_cast<std::size_t>(top));
+    if (byte(at) >> 4 != 0xD) return std::nullopt;
+    BundleInfo info;
+    if (!object(static_cast<std::size_t>(top), 0, &info, nullptr)) return std::nullopt;
+    return info;
+  }
+
+ private:
+  static bool isIntegerSize(unsigned size) { return size == 1 || size == 2 || size == 4 || size == 8; }
+
+  unsigned byte(std::size_t at) const { return static_cast<unsigned char>(bytes_[at]); }
+
+  // The big-endian unsigned number of `size` bytes at `at`, known to be in
+  // the file.
+  std::uint64_t number(std::size_t at, unsigned size) const {
+    std::uint64_t value = 0;
+    for (unsigned i = 0; i < size; ++i) value = value << 8 | byte(at + i);
+    return value;
+  }
+
+  std::size_t offsetOf(std::size_t object) const {
+    return static_cast<std::size_t>(number(table_ + object * offsetSize_, offsetSize_));
+  }
+
+  // The element count of the object whose marker is at `at`, and where its
+  // contents start; false when it runs past the objects.
+  bool count(std::size_t& at, std::size_t& items) const {
+    items = byte(at) & 0xF;
+    ++at;
+    if (items != 0xF) return true;
+    if (at >= table_ || byte(at) >> 4 != 0x1) return false;
+    const unsigned size = 1u << (byte(at) & 0xF);
+    if (size > 8 || at + 1 + size > table_) return false;
+    const std::uint64_t value = number(at + 1, size);
+    if (value > table_) return false;
+    items = static_cast<std::size_t>(value);
+    at += 1 + size;
+    return true;
+  }
+
+  // The object `index`, which must be of a kind this reader knows, with
+  // everything in it. A string's text goes to `string`; a dictionary at the
+  // top fills `info`.
+  bool object(std::size_t index, int depth, BundleInfo* info, std::string* string) const {
+    if (depth > kMaxDepth) return false;
+    std::size_t at = offsetOf(index);
+    const unsigned marker = byte(at);
+    switch (marker >> 4) {
+      case 0x0:
+        return marker == 0x08 || marker == 0x09;
+      case 0x1: {
+        const unsigned size = 1u << (marker & 0xF);
+        return size <= 8 && at + 1 + size <= table_;
+      }
+      case 0x5: {
+        std::size_t length = 0;
+        if (!count(at, length) || length > table_ - at) return false;
+        const std::string_view text = bytes_.substr(at, length);
+        // Plain ASCII only: libplist has its own ideas about the rest.
+        const bool ascii = std::all_of(text.begin(), text.end(), [](char c) {
+          const auto code = static_cast<unsigned char>(c);
+          return code != 0 && code < 0x80;
+        });
+        if (!ascii) return false;
+        if (string != nullptr) string->assign(text);
+        return true;
+      }
+      case 0xA:
+      case 0xD: {
+        const bool dictionary = marker >> 4 == 0xD;
+        std::size_t items = 0;
+        if (!count(at, items)) return false;
+        const std::size_t references = dictionary ? 2 * items : items;
+        if (references > (table_ - at) / referenceSize_) return false;
+        std::string key;
+        std::optional<std::string> value;
+        bool seen[3] = {false, false, false};
+        for (std::size_t i = 0; i < items; ++i) {
+          const std::uint64_t valueIndex =
+              number(at + (dictionary ? items + i : i) * referenceSize_, referenceSize_);
+          if (valueIndex >= objects_) return false;
+          std::optional<std::string>* slot = nullptr;
+          if (dictionary) {
+            const std::uint64_t keyIndex = number(at + i * referenceSize_, referenceSize_);
+            if (keyIndex >= objects_ || byte(offsetOf(static_cast<std::size_t>(keyIndex))) >> 4 != 0x5)
+              return false;
+            if (!object(static_cast<std::size_t>(keyIndex), depth + 1, nullptr,
+                        info != nullptr ? &key : nullptr))
+              return false;
+            if (info != nullptr) {
+              const int which = key == "CFBundleDisplayName"  ? 0
+                                : key == "CFBundleName"       ? 1
+                                : key == "CFBundleIdentifier" ? 2
+                                                              : -1;
+              if (which >= 0) {
+                // Which of two equal keys libplist finds is its own business.
+                if (seen[which]) return false;
+                seen[which] = true;
+                slot = which == 0 ? &info->displayName : which == 1 ? &info->name : &info->identifier;
+              }
+            }
+          }
+          const auto valueAt = static_cast<std::size_t>(valueIndex);
+          const bool isString = byte(offsetOf(valueAt)) >> 4 == 0x5;
+          std::string text;
+          if (!object(valueAt, depth + 1, nullptr, slot != nullptr && isString ? &text : nullptr))
+            return false;
+          // Only non-empty strings count.
+          if (slot != nullptr && isString && !text.empty()) *slot = std::move(text);
+        }
+        return true;
+      }
+      default:
+        return false;
+    }
+  }
+
+  std::string_view bytes_;
+  unsigned offsetSize_ = 0;
+  unsigned referenceSize_ = 0;
+  std::size_t objects_ = 0;
+  std::size_t table_ = 0;
+};
+
 struct PlistFree {
   void operator()(plist_t plist) const { plist_free(plist); }
 };
@@ -175,8 +330,13 @@ std::optional<std::string> nonEmptyString(plist_t dictionary, const char* key) {
 }  // namespace
 
 BundleInfo BundleInfo::read(std::string_view bytes) {
+  if (auto info = fromBinary(bytes)) return std::move(*info);
   if (auto info = fromXml(bytes)) return std::move(*info);
   return fromLibplist(bytes);
+}
+
+std::optional<BundleInfo> BundleInfo::fromBinary(std::string_view bytes) {
+  return PlainBinaryReader(bytes).document();
 }
 
 std::optional<BundleInfo> BundleInfo::fromXml(std::string_view bytes) {

@@ -2,12 +2,12 @@
 //
 // libplist builds a tree of every node of a property list, each allocated
 // on its own, and its XML reader costs several times more than the rest of
-// a bundle's record together. Most Info.plist files are plain XML of one
-// shape, so fromXml() reads that shape itself, without a tree, and gives
-// the same strings libplist would; for anything outside it (binary lists,
-// comments, CDATA, character references, other value types, unusual
-// prologues) it gives nothing and read() asks libplist. A test holds the
-// two to the same answers.
+// a bundle's record together. Most Info.plist files are of one plain shape,
+// XML or binary, so fromXml() and fromBinary() read that shape themselves,
+// without a tree, and give the same strings libplist would; for anything
+// outside it (comments, CDATA, character references, UTF-16 strings, other
+// value types, unusual prologues) they give nothing and read() asks
+// libplist. Tests hold them to libplist's answers.
 //
 // Thread rules: a value; the functions are pure.
 #pragma once
@@ -34,6 +34,10 @@ struct BundleInfo {
   // The strings of an XML property list in the common shape, or nothing
   // when the bytes are anything else.
   static std::optional<BundleInfo> fromXml(std::string_view bytes);
+
+  // The strings of a binary property list of the common kinds, or nothing
+  // when the bytes are anything else.
+  static std::optional<BundleInfo> fromBinary(std::string_view bytes);
 
   // The strings as libplist reads them.
   static BundleInfo fromLibplist(std::string_view bytes);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -73,20 +74,94 @@ TEST(BundleInfo, ReadsCommonXmlLikeLibplist) {
   for (const std::string& xml : leftToLibplist) EXPECT_FALSE(BundleInfo::fromXml(xml)) << xml;
 }
 
-TEST(BundleInfo, ReadsBinaryListsThroughLibplist) {
-  plist_t dict = plist_new_dict();
-  plist_dict_set_item(dict, "CFBundleName", plist_new_string("Notizen \xe2\x9c\x8e"));
-  plist_dict_set_item(dict, "CFBundleIdentifier", plist_new_string(""));
+std::string binary(plist_t plist) {
   char* bytes = nullptr;
   uint32_t length = 0;
-  plist_to_bin(dict, &bytes, &length);
-  const std::string binary(bytes, length);
+  plist_to_bin(plist, &bytes, &length);
+  std::string result(bytes, length);
   plist_to_bin_free(bytes);
-  plist_free(dict);
+  plist_free(plist);
+  return result;
+}
 
-  EXPECT_FALSE(BundleInfo::fromXml(binary));
-  EXPECT_EQ(BundleInfo::read(binary), (BundleInfo{std::nullopt, "Notizen \xe2\x9c\x8e", std::nullopt}));
-  EXPECT_EQ(BundleInfo::read(binary.substr(0, binary.size() / 2)), BundleInfo{});
+// Whether the reader took the binary list itself; if so, its strings must
+// be libplist's.
+bool agreesWithLibplistOnBinary(const std::string& bytes) {
+  const std::optional<BundleInfo> quick = BundleInfo::fromBinary(bytes);
+  if (!quick) return false;
+  EXPECT_EQ(*quick, BundleInfo::fromLibplist(bytes)) << ::testing::PrintToString(bytes);
+  return true;
+}
+
+TEST(BundleInfo, ReadsBinaryListsLikeLibplist) {
+  plist_t notes = plist_new_dict();
+  plist_dict_set_item(notes, "CFBundleName", plist_new_string("Notizen \xe2\x9c\x8e"));
+  plist_dict_set_item(notes, "CFBundleIdentifier", plist_new_string(""));
+  const std::string utf16 = binary(notes);
+  // UTF-16 strings are libplist's to read.
+  EXPECT_FALSE(BundleInfo::fromBinary(utf16));
+  EXPECT_EQ(BundleInfo::read(utf16), (BundleInfo{std::nullopt, "Notizen \xe2\x9c\x8e", std::nullopt}));
+  EXPECT_EQ(BundleInfo::read(utf16.substr(0, utf16.size() / 2)), BundleInfo{});
+
+  plist_t mail = plist_new_dict();
+  plist_dict_set_item(mail, "CFBundleDisplayName", plist_new_string("Mail"));
+  plist_dict_set_item(mail, "CFBundleName", plist_new_string("Mail"));
+  plist_dict_set_item(mail, "CFBundleIdentifier", plist_new_string("com.apple.mail"));
+  plist_dict_set_item(mail, "LSRequiresNativeExecution", plist_new_bool(1));
+  const std::string plain = binary(mail);
+  ASSERT_TRUE(agreesWithLibplistOnBinary(plain));
+  EXPECT_EQ(BundleInfo::read(plain), (BundleInfo{"Mail", "Mail", "com.apple.mail"}));
+  EXPECT_FALSE(BundleInfo::fromXml(plain));
+}
+
+// Binary lists as libplist writes them, then with a few bytes changed: the
+// reader must either refuse them or read what libplist reads.
+TEST(BundleInfo, ReadsGeneratedAndDamagedBinaryListsLikeLibplist) {
+  const std::vector<std::string> keys{"CFBundleName", "CFBundleDisplayName", "CFBundleIdentifier", "Other",
+                                      "CFBundleNam"};
+  const std::vector<std::string> strings{"App", "", "A much longer name than fifteen letters", "Caf\xc3\xa9",
+                                         "com.example.app"};
+  std::mt19937 random(20261122);
+  const auto pick = [&](const std::vector<std::string>& from) -> const std::string& {
+    return from[random() % from.size()];
+  };
+  const std::function<plist_t(int)> value = [&](int depth) -> plist_t {
+    switch (random() % (depth < 2 ? 8 : 5)) {
+      case 0:
+      case 1:
+        return plist_new_string(pick(strings).c_str());
+      case 2:
+        return plist_new_bool(random() % 2);
+      case 3:
+        return plist_new_uint(random() % 2 == 0 ? 7 : 1ull << 40);
+      case 4:
+        return plist_new_real(1.5);
+      case 5: {
+        plist_t array = plist_new_array();
+        for (auto i = random() % 4; i > 0; --i) plist_array_append_item(array, value(depth + 1));
+        return array;
+      }
+      default: {
+        plist_t dict = plist_new_dict();
+        for (auto i = random() % 4; i > 0; --i)
+          plist_dict_set_item(dict, pick(keys).c_str(), value(depth + 1));
+        return dict;
+      }
+    }
+  };
+  int taken = 0;
+  constexpr int kLists = 3000;
+  for (int i = 0; i < kLists; ++i) {
+    plist_t dict = plist_new_dict();
+    for (auto entries = random() % 6; entries > 0; --entries)
+      plist_dict_set_item(dict, pick(keys).c_str(), value(0));
+    std::string bytes = binary(dict);
+    for (auto damage = random() % 3; damage > 0; --damage)
+      bytes[random() % bytes.size()] = static_cast<char>(random() % 256);
+    if (agreesWithLibplistOnBinary(bytes)) ++taken;
+    if (::testing::Test::HasFailure()) break;
+  }
+  EXPECT_GT(taken, kLists / 10);
 }
 
 // Dictionaries put together from pieces that each stress one rule, many
