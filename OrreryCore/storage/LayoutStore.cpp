@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "storage/AtomicWrite.h"
-#include "storage/DatedName.h"
 #include "storage/PosixFileSystem.h"
 #include "text/Localized.h"
 
@@ -33,12 +32,6 @@ std::optional<std::string> homeFromUserDatabase() {
 }  // namespace
 
 // --- Errors -------------------------------------------------------------------
-
-const FileError* LayoutStore::SaveError::fileError() const {
-  if (const auto* setAside = std::get_if<SetAside>(&value_)) return &setAside->error;
-  if (const auto* failed = std::get_if<Failed>(&value_)) return &failed->error;
-  return nullptr;
-}
 
 std::string LayoutStore::SaveError::description() const {
   switch (kind()) {
@@ -86,68 +79,40 @@ std::filesystem::path LayoutStore::defaultDirectory(DataLocation location, const
 
 // --- Store ------------------------------------------------------------------------
 
-struct LayoutStore::ReadResult {
-  enum class Kind { loaded, missing, unreadable, corrupt };
-  Kind kind = Kind::missing;
-  Layout layout;     // when loaded
-  std::string data;  // the raw bytes, when loaded
-};
-
 LayoutStore::LayoutStore(std::filesystem::path directory_)
     : LayoutStore(std::move(directory_), PosixFileSystem::shared()) {}
 
 LayoutStore::LayoutStore(std::filesystem::path directory_, FileSystem& fileSystem, Clock now)
-    : directory(std::move(directory_)), fileSystem_(&fileSystem), clock_(std::move(now)) {}
-
-Date LayoutStore::now() const { return clock_ ? clock_() : std::chrono::system_clock::now(); }
-
-LayoutStore::ReadResult LayoutStore::read(const std::filesystem::path& file) const {
-  ReadResult result;
-  auto bytes = fileSystem_->readFile(file);
-  if (!bytes) {
-    result.kind = bytes.error().code == FileError::Code::notFound ? ReadResult::Kind::missing
-                                                                  : ReadResult::Kind::unreadable;
-    return result;
-  }
-  auto layout = Layout::decode(*bytes);
-  if (!layout) {
-    result.kind = ReadResult::Kind::corrupt;
-    return result;
-  }
-  result.kind = ReadResult::Kind::loaded;
-  result.layout = std::move(*layout);
-  result.data = std::move(*bytes);
-  return result;
-}
+    : directory(std::move(directory_)), files_(fileSystem, std::move(now)) {}
 
 LayoutStore::LoadResult LayoutStore::loadWithStatus() const {
-  removeStrayTemporaries(*fileSystem_, directory, kTemporaryStemPrefix);
+  removeStrayTemporaries(files_.fileSystem(), directory, kTemporaryStemPrefix);
 
-  ReadResult main = read(mainFile());
-  switch (main.kind) {
-    case ReadResult::Kind::loaded:
-      return LoadResult{std::move(main.layout), false};
+  StoreFileRead<Layout> main = files_.read<Layout>(mainFile());
+  switch (main.state) {
+    case StoreFileState::decoded:
+      return LoadResult{std::move(main.value), false};
     // The main file may well be intact; the caller keeps from saving over
     // it, and the backup is not consulted.
-    case ReadResult::Kind::unreadable:
+    case StoreFileState::unreadable:
       return LoadResult{Layout::empty(), true};
     // A first start.
-    case ReadResult::Kind::missing:
+    case StoreFileState::missing:
       return LoadResult{Layout::empty(), false};
-    case ReadResult::Kind::corrupt:
+    case StoreFileState::corrupt:
       break;
   }
 
-  (void)moveAside(*fileSystem_, mainFile(), corruptPrefix, now());
-  ReadResult backup = read(backupFile());
-  switch (backup.kind) {
-    case ReadResult::Kind::loaded:
-      return LoadResult{std::move(backup.layout), false};
-    case ReadResult::Kind::corrupt:
-      (void)moveAside(*fileSystem_, backupFile(), backupCorruptPrefix, now());
+  (void)files_.setAside(mainFile(), corruptPrefix);
+  StoreFileRead<Layout> backup = files_.read<Layout>(backupFile());
+  switch (backup.state) {
+    case StoreFileState::decoded:
+      return LoadResult{std::move(backup.value), false};
+    case StoreFileState::corrupt:
+      (void)files_.setAside(backupFile(), backupCorruptPrefix);
       return LoadResult{Layout::empty(), false};
-    case ReadResult::Kind::missing:
-    case ReadResult::Kind::unreadable:
+    case StoreFileState::missing:
+    case StoreFileState::unreadable:
       return LoadResult{Layout::empty(), false};
   }
   return LoadResult{Layout::empty(), false};
@@ -156,41 +121,31 @@ LayoutStore::LoadResult LayoutStore::loadWithStatus() const {
 Layout LayoutStore::load() const { return loadWithStatus().layout; }
 
 Expected<std::monostate, LayoutStore::SaveError> LayoutStore::save(const Layout& layout) const {
-  if (auto created = fileSystem_->createDirectories(directory); !created)
-    return Unexpected(SaveError::fileSystem(created.error()));
-
-  const ReadResult current = read(mainFile());
-  switch (current.kind) {
-    case ReadResult::Kind::missing:
-      break;
-    case ReadResult::Kind::unreadable:
-      return Unexpected(SaveError::mainUnreadable());
-    case ReadResult::Kind::corrupt:
-      if (auto moved = moveAside(*fileSystem_, mainFile(), corruptPrefix, now()); !moved)
-        return Unexpected(SaveError::couldNotSetAsideCorrupt(moved.error()));
-      break;
-    case ReadResult::Kind::loaded:
-      // The exact bytes, not a re-encoding: the backup is what was on disk.
-      if (auto backedUp = replaceAtomically(*fileSystem_, backupFile(), current.data); !backedUp)
-        return Unexpected(SaveError::fileSystem(backedUp.error()));
-      break;
+  auto current =
+      files_.clearForSave<Layout>(directory, mainFile(), corruptPrefix, &SaveError::mainUnreadable);
+  if (!current) return Unexpected(current.error());
+  if (current->state == StoreFileState::decoded) {
+    // The exact bytes, not a re-encoding: the backup is what was on disk.
+    if (auto backedUp = replaceAtomically(files_.fileSystem(), backupFile(), current->bytes); !backedUp)
+      return Unexpected(SaveError::fileSystem(backedUp.error()));
   }
 
-  if (auto written = replaceAtomically(*fileSystem_, mainFile(), layout.encoded()); !written)
+  if (auto written = replaceAtomically(files_.fileSystem(), mainFile(), layout.encoded()); !written)
     return Unexpected(SaveError::fileSystem(written.error()));
   return std::monostate{};
 }
 
 Expected<std::filesystem::path, LayoutStore::SaveError> LayoutStore::saveCopy(const Layout& layout,
                                                                               std::string_view prefix) const {
-  if (auto created = fileSystem_->createDirectories(directory); !created)
+  FileSystem& fileSystem = files_.fileSystem();
+  if (auto created = fileSystem.createDirectories(directory); !created)
     return Unexpected(SaveError::fileSystem(created.error()));
-  const auto temporary = writeTemporaryFile(*fileSystem_, directory, prefix, layout.encoded());
+  const auto temporary = writeTemporaryFile(fileSystem, directory, prefix, layout.encoded());
   if (!temporary) return Unexpected(SaveError::fileSystem(temporary.error()));
   // On failure the temporary file stays; the next load removes it.
-  const auto copy = moveAside(*fileSystem_, *temporary, prefix, now());
+  const auto copy = files_.setAside(*temporary, prefix);
   if (!copy) return Unexpected(SaveError::fileSystem(copy.error()));
-  if (auto synced = fileSystem_->syncDirectory(directory); !synced)
+  if (auto synced = fileSystem.syncDirectory(directory); !synced)
     return Unexpected(SaveError::fileSystem(synced.error()));
   return *copy;
 }

@@ -31,6 +31,7 @@
 #include "base/Date.h"
 #include "base/Expected.h"
 #include "storage/FileSystem.h"
+#include "storage/StoreFile.h"
 
 namespace orrery {
 
@@ -52,7 +53,7 @@ class LayoutStore {
     friend bool operator==(const LoadResult&, const LoadResult&) = default;
   };
 
-  class SaveError {
+  class SaveError : public StoreSaveError<SaveError> {
    public:
     enum class Kind {
       // "layout.json" could not be decoded and moving it aside failed; carries
@@ -65,38 +66,16 @@ class LayoutStore {
       fileSystem,
     };
 
-    static SaveError couldNotSetAsideCorrupt(FileError moveError) {
-      return SaveError(SetAside{std::move(moveError)});
-    }
-    static SaveError mainUnreadable() { return SaveError(Unreadable{}); }
-    static SaveError fileSystem(FileError error) { return SaveError(Failed{std::move(error)}); }
-
-    Kind kind() const { return static_cast<Kind>(value_.index()); }
-    // The underlying error; null for mainUnreadable.
-    const FileError* fileError() const;
+    static SaveError mainUnreadable() { return SaveError(Case::unreadable); }
     // The sentence to show the user.
     std::string description() const;
 
-    friend bool operator==(const SaveError&, const SaveError&) = default;
-
    private:
-    struct SetAside {
-      FileError error;
-      friend bool operator==(const SetAside&, const SetAside&) = default;
-    };
-    struct Unreadable {
-      friend bool operator==(const Unreadable&, const Unreadable&) = default;
-    };
-    struct Failed {
-      FileError error;
-      friend bool operator==(const Failed&, const Failed&) = default;
-    };
-    template <typename Case>
-    explicit SaveError(Case value) : value_(std::move(value)) {}
-    std::variant<SetAside, Unreadable, Failed> value_;  // in the order of Kind
+    friend StoreSaveError;
+    using StoreSaveError::StoreSaveError;
   };
 
-  using Clock = std::function<Date()>;
+  using Clock = StoreFile::Clock;
 
   // Where the platform keeps an application's data. The caller (the
   // platform factory of the application) says which convention applies, so
@@ -137,12 +116,7 @@ class LayoutStore {
   std::filesystem::path directory;
 
  private:
-  struct ReadResult;
-  ReadResult read(const std::filesystem::path& file) const;
-  Date now() const;
-
-  FileSystem* fileSystem_;
-  Clock clock_;
+  StoreFile files_;
 };
 
 }  // namespace orrery

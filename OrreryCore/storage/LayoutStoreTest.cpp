@@ -9,6 +9,7 @@
 #include "storage/MemoryFileSystem.h"
 #include "storage/PosixFileSystem.h"
 #include "testing/LayoutBuilders.h"
+#include "testing/StoreTesting.h"
 #include "testing/TemporaryDirectory.h"
 
 namespace orrery {
@@ -16,29 +17,22 @@ namespace {
 
 using testing::app;
 using testing::folder;
+using testing::kFolder;
+using testing::kMoment;
+using testing::kStamp;
 using testing::layoutOf;
+using testing::wrote;
 using Code = FileError::Code;
 using Fault = MemoryFileSystem::Fault;
 using Kind = LayoutStore::SaveError::Kind;
 using Persistence = MemoryFileSystem::Persistence;
 
-const std::filesystem::path kFolder = "/home/user/.local/share/Orrery";
 const std::filesystem::path kMain = kFolder / "layout.json";
 const std::filesystem::path kBackup = kFolder / "layout.backup.json";
-// 2026-03-05T14:07:31Z.
-const Date kMoment = Date(std::chrono::seconds(1772719651));
-const std::string kStamp = "2026-03-05T14-07-31Z";
 
 Layout firstLayout() { return layoutOf({app("com.a"), folder("Games", {"com.b", "com.c"})}, {"com.h"}); }
 Layout secondLayout() { return layoutOf({folder("Games", {"com.b", "com.c"}), app("com.a"), app("com.d")}); }
 Layout thirdLayout() { return layoutOf({app("com.z")}); }
-
-bool wrote(const std::vector<MemoryFileSystem::Event>& journal) {
-  return std::any_of(journal.begin(), journal.end(), [](const auto& event) {
-    return event.operation == FileOperation::createNew || event.operation == FileOperation::rename ||
-           event.operation == FileOperation::renameNoReplace || event.operation == FileOperation::remove;
-  });
-}
 
 std::vector<std::string> temporariesIn(const MemoryFileSystem& fs, const std::filesystem::path& folder) {
   std::vector<std::string> found;
@@ -47,15 +41,7 @@ std::vector<std::string> temporariesIn(const MemoryFileSystem& fs, const std::fi
   return found;
 }
 
-class LayoutStoreTest : public ::testing::Test {
- protected:
-  LayoutStore store() {
-    return LayoutStore(kFolder, fs_, [this] { return now_; });
-  }
-
-  MemoryFileSystem fs_;
-  Date now_ = kMoment;
-};
+using LayoutStoreTest = testing::MemoryStoreTest<LayoutStore>;
 
 TEST_F(LayoutStoreTest, FirstStartThenEachSaveRotatesTheBackup) {
   EXPECT_EQ(store().loadWithStatus(), (LayoutStore::LoadResult{Layout::empty(), false}));

@@ -1,7 +1,6 @@
 #include "sync/SyncStateStore.h"
 
 #include "storage/AtomicWrite.h"
-#include "storage/DatedName.h"
 #include "storage/PosixFileSystem.h"
 #include "text/Localized.h"
 
@@ -24,12 +23,6 @@ SyncStateStore::LoadResult SyncStateStore::LoadResult::treatingExistingLayout(co
   return result;
 }
 
-const FileError* SyncStateStore::SaveError::fileError() const {
-  if (const auto* setAside = std::get_if<SetAside>(&value_)) return &setAside->error;
-  if (const auto* failed = std::get_if<Failed>(&value_)) return &failed->error;
-  return nullptr;
-}
-
 std::string SyncStateStore::SaveError::description() const {
   switch (kind()) {
     case Kind::couldNotSetAsideCorrupt:
@@ -47,57 +40,31 @@ std::string SyncStateStore::SaveError::description() const {
 
 // --- Store ----------------------------------------------------------------------
 
-struct SyncStateStore::ReadResult {
-  enum class Kind { state, missing, unreadable, corrupt };
-  Kind kind = Kind::missing;
-  SyncState state;  // when Kind::state
-};
-
 SyncStateStore::SyncStateStore(std::filesystem::path directory_)
     : SyncStateStore(std::move(directory_), PosixFileSystem::shared()) {}
 
 SyncStateStore::SyncStateStore(std::filesystem::path directory_, FileSystem& fileSystem, Clock now)
-    : directory(std::move(directory_)), fileSystem_(&fileSystem), clock_(std::move(now)) {}
-
-Date SyncStateStore::now() const { return clock_ ? clock_() : std::chrono::system_clock::now(); }
-
-SyncStateStore::ReadResult SyncStateStore::read() const {
-  ReadResult result;
-  const auto bytes = fileSystem_->readFile(file());
-  if (!bytes) {
-    result.kind = bytes.error().code == FileError::Code::notFound ? ReadResult::Kind::missing
-                                                                  : ReadResult::Kind::unreadable;
-    return result;
-  }
-  auto state = SyncState::decode(*bytes);
-  if (!state) {
-    result.kind = ReadResult::Kind::corrupt;
-    return result;
-  }
-  result.kind = ReadResult::Kind::state;
-  result.state = std::move(*state);
-  return result;
-}
+    : directory(std::move(directory_)), files_(fileSystem, std::move(now)) {}
 
 SyncStateStore::LoadResult SyncStateStore::loadWithStatus() const {
-  removeStrayTemporaries(*fileSystem_, directory, kTemporaryStemPrefix);
+  removeStrayTemporaries(files_.fileSystem(), directory, kTemporaryStemPrefix);
 
-  ReadResult current = read();
+  StoreFileRead<SyncState> current = files_.read<SyncState>(file());
   LoadResult result;
-  switch (current.kind) {
-    case ReadResult::Kind::state:
-      result.state = std::move(current.state);
+  switch (current.state) {
+    case StoreFileState::decoded:
+      result.state = std::move(current.value);
       break;
-    case ReadResult::Kind::missing:
+    case StoreFileState::missing:
       result.wasMissing = true;
       break;
-    case ReadResult::Kind::unreadable:
+    case StoreFileState::unreadable:
       result.unreadable = true;
       break;
-    case ReadResult::Kind::corrupt:
+    case StoreFileState::corrupt:
       // A failure to move it is ignored here: save() tries again and refuses
       // to write over it.
-      (void)moveAside(*fileSystem_, file(), corruptPrefix, now());
+      (void)files_.setAside(file(), corruptPrefix);
       result.wasCorrupt = true;
       break;
   }
@@ -107,22 +74,10 @@ SyncStateStore::LoadResult SyncStateStore::loadWithStatus() const {
 SyncState SyncStateStore::load() const { return loadWithStatus().state; }
 
 Expected<std::monostate, SyncStateStore::SaveError> SyncStateStore::save(const SyncState& state) const {
-  if (auto created = fileSystem_->createDirectories(directory); !created)
-    return Unexpected(SaveError::fileSystem(created.error()));
-
-  switch (read().kind) {
-    case ReadResult::Kind::state:
-    case ReadResult::Kind::missing:
-      break;
-    case ReadResult::Kind::unreadable:
-      return Unexpected(SaveError::unreadable());
-    case ReadResult::Kind::corrupt:
-      if (auto moved = moveAside(*fileSystem_, file(), corruptPrefix, now()); !moved)
-        return Unexpected(SaveError::couldNotSetAsideCorrupt(moved.error()));
-      break;
-  }
-
-  if (auto written = replaceAtomically(*fileSystem_, file(), state.encoded()); !written)
+  if (auto cleared = files_.clearForSave<SyncState>(directory, file(), corruptPrefix, &SaveError::unreadable);
+      !cleared)
+    return Unexpected(cleared.error());
+  if (auto written = replaceAtomically(files_.fileSystem(), file(), state.encoded()); !written)
     return Unexpected(SaveError::fileSystem(written.error()));
   return std::monostate{};
 }

@@ -25,7 +25,6 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -34,6 +33,7 @@
 #include "base/Date.h"
 #include "base/Expected.h"
 #include "storage/FileSystem.h"
+#include "storage/StoreFile.h"
 #include "sync/SyncState.h"
 
 namespace orrery {
@@ -57,7 +57,7 @@ class SyncStateStore {
     friend bool operator==(const LoadResult&, const LoadResult&) = default;
   };
 
-  class SaveError {
+  class SaveError : public StoreSaveError<SaveError> {
    public:
     enum class Kind {
       // The file could not be decoded and moving it aside failed; carries the
@@ -69,38 +69,16 @@ class SyncStateStore {
       fileSystem,
     };
 
-    static SaveError couldNotSetAsideCorrupt(FileError moveError) {
-      return SaveError(SetAside{std::move(moveError)});
-    }
-    static SaveError unreadable() { return SaveError(Unreadable{}); }
-    static SaveError fileSystem(FileError error) { return SaveError(Failed{std::move(error)}); }
-
-    Kind kind() const { return static_cast<Kind>(value_.index()); }
-    // The underlying error; null for unreadable.
-    const FileError* fileError() const;
+    static SaveError unreadable() { return SaveError(Case::unreadable); }
     // A sentence for the user and the log.
     std::string description() const;
 
-    friend bool operator==(const SaveError&, const SaveError&) = default;
-
    private:
-    struct SetAside {
-      FileError error;
-      friend bool operator==(const SetAside&, const SetAside&) = default;
-    };
-    struct Unreadable {
-      friend bool operator==(const Unreadable&, const Unreadable&) = default;
-    };
-    struct Failed {
-      FileError error;
-      friend bool operator==(const Failed&, const Failed&) = default;
-    };
-    template <typename Case>
-    explicit SaveError(Case value) : value_(std::move(value)) {}
-    std::variant<SetAside, Unreadable, Failed> value_;  // in the order of Kind
+    friend StoreSaveError;
+    using StoreSaveError::StoreSaveError;
   };
 
-  using Clock = std::function<Date()>;
+  using Clock = StoreFile::Clock;
 
   // On the real disk, with the system clock.
   explicit SyncStateStore(std::filesystem::path directory);
@@ -120,12 +98,7 @@ class SyncStateStore {
   std::filesystem::path directory;
 
  private:
-  struct ReadResult;
-  ReadResult read() const;
-  Date now() const;
-
-  FileSystem* fileSystem_;
-  Clock clock_;
+  StoreFile files_;
 };
 
 }  // namespace orrery

@@ -8,24 +8,25 @@
 #include "storage/MemoryFileSystem.h"
 #include "storage/PosixFileSystem.h"
 #include "testing/LayoutBuilders.h"
+#include "testing/StoreTesting.h"
 #include "testing/TemporaryDirectory.h"
 
 namespace orrery {
 namespace {
 
 using testing::app;
+using testing::kFolder;
+using testing::kMoment;
+using testing::kStamp;
 using testing::layoutOf;
+using testing::wrote;
 using Code = FileError::Code;
 using Fault = MemoryFileSystem::Fault;
 using Kind = SyncStateStore::SaveError::Kind;
 using LoadResult = SyncStateStore::LoadResult;
 using Persistence = MemoryFileSystem::Persistence;
 
-const std::filesystem::path kFolder = "/home/user/.local/share/Orrery";
 const std::filesystem::path kFile = kFolder / "sync-state.json";
-// 2026-03-05T14:07:31Z.
-const Date kMoment = Date(std::chrono::seconds(1772719651));
-const std::string kStamp = "2026-03-05T14-07-31Z";
 
 SyncState someState(bool enabled) {
   SyncState state;
@@ -36,22 +37,7 @@ SyncState someState(bool enabled) {
   return state;
 }
 
-bool wrote(const std::vector<MemoryFileSystem::Event>& journal) {
-  return std::any_of(journal.begin(), journal.end(), [](const auto& event) {
-    return event.operation == FileOperation::createNew || event.operation == FileOperation::rename ||
-           event.operation == FileOperation::renameNoReplace || event.operation == FileOperation::remove;
-  });
-}
-
-class SyncStateStoreTest : public ::testing::Test {
- protected:
-  SyncStateStore store() {
-    return SyncStateStore(kFolder, fs_, [this] { return now_; });
-  }
-
-  MemoryFileSystem fs_;
-  Date now_ = kMoment;
-};
+using SyncStateStoreTest = testing::MemoryStoreTest<SyncStateStore>;
 
 TEST_F(SyncStateStoreTest, MissingThenSavedThenLoaded) {
   const LoadResult first = store().loadWithStatus();
