@@ -71,6 +71,19 @@ std::string describe(const Layout& layout) {
   return out;
 }
 
+std::unordered_map<std::string, int> appOccurrences(const Layout& layout) {
+  std::unordered_map<std::string, int> counts;
+  for (const auto& id : layout.hidden) ++counts[id];
+  for (const auto& item : layout.items) {
+    if (const auto* id = item.appID()) {
+      ++counts[*id];
+    } else {
+      for (const auto& member : item.asFolder()->appIDs) ++counts[member];
+    }
+  }
+  return counts;
+}
+
 }  // namespace orrery::testing
 
 namespace orrery {

@@ -3,7 +3,8 @@
 //   Layout layout = layoutOf({app("a"), folder("Games", {"b", "c"}), app("d")});
 //
 // Folders made here get deterministic UUIDs from their name unless one is
-// given, so expectations can be written without capturing ids.
+// given, so expectations can be written without capturing ids. Needs no test
+// framework: the fuzz targets use these too.
 //
 // Thread rules: test code; plain functions.
 #pragma once
@@ -11,6 +12,7 @@
 #include <initializer_list>
 #include <ostream>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "arrangement/Layout.h"
@@ -32,6 +34,10 @@ std::vector<AppInfo> appInfos(std::initializer_list<std::string> ids);
 
 // A compact one-line picture of the items: "a [Games: b c] d | hidden: x".
 std::string describe(const Layout& layout);
+
+// Every app ID of the arrangement with its number of places (items, folders
+// and hidden together).
+std::unordered_map<std::string, int> appOccurrences(const Layout& layout);
 
 }  // namespace orrery::testing
 

@@ -5,8 +5,10 @@
 // items, folders and hidden; folders of two or more apps) and then applies
 // random operations of Layout with random, sometimes invalid, arguments —
 // out-of-range indices, unknown folders, hidden apps — exactly as a buggy
-// caller or a foreign file might. Every draw comes from the given engine, so
-// a failing seed replays.
+// caller or a foreign file might. The engine's output is the byte source of
+// the choices the fuzz targets make from their input (LayoutChoices.h), so
+// both explore the same way; every draw comes from the given engine, so a
+// failing seed replays.
 //
 // Thread rules: test code; an engine per test.
 #pragma once
@@ -16,6 +18,7 @@
 #include <vector>
 
 #include "arrangement/Layout.h"
+#include "testing/LayoutBuilders.h"
 
 namespace orrery::testing {
 
@@ -33,9 +36,5 @@ AppIDSet randomSubset(Random& random, const std::vector<std::string>& universe, 
 // `includeScans` adds reconciled() with random scans to the mix.
 std::string applyRandomOperation(Layout& layout, Random& random, const std::vector<std::string>& universe,
                                  bool includeScans = true);
-
-// Every app ID of the arrangement with its number of places (items, folders
-// and hidden together).
-std::unordered_map<std::string, int> appOccurrences(const Layout& layout);
 
 }  // namespace orrery::testing
