@@ -1,13 +1,10 @@
 // StoreFile: the steps the stores take alike with the one file each keeps.
 //
-// LayoutStore and SyncStateStore protect their files the same way: a read
-// sorts the file into one of four outcomes (decoded, missing, unreadable,
-// damaged); only "not found" counts as missing, so a file that exists but
-// cannot be read is never taken for a first start and never written over;
-// a damaged file is moved aside under a dated name before anything new
-// takes its place. StoreFile performs those steps over the file system and
-// the clock it is given. Each store keeps its own file names, what it does
-// with each outcome, and the wording of its errors (StoreSaveError).
+// A read sorts the file into one of four outcomes: decoded, missing (only
+// "not found"), unreadable, damaged. A file that cannot be read is never
+// written over; a damaged one is moved aside under a dated name before
+// anything new takes its place. Each store keeps its file names, what it
+// does with each outcome, and the wording of its errors (StoreSaveError).
 //
 // Thread rules: no state besides the file system and the clock; used on the
 // thread of the store that holds it.
@@ -22,15 +19,15 @@
 
 #include "base/Date.h"
 #include "base/Expected.h"
+#include "storage/DatedName.h"
 #include "storage/FileSystem.h"
 
 namespace orrery {
 
-// Why a store's save stopped before it wrote, or the file-system error that
-// stopped it. A store's SaveError derives from StoreSaveError<SaveError>,
-// lists its cases as `Kind` in the order of `Case` (naming the middle one
-// after its file), adds the named constructor for that case and words the
-// first two in description().
+// Why a store's save stopped. A store's SaveError derives from
+// StoreSaveError<SaveError>, lists `Kind` in the order of `Case` (naming the
+// middle case after its file), and adds that case's named constructor and
+// description().
 template <typename Error>
 class StoreSaveError {
  public:
@@ -63,8 +60,8 @@ enum class StoreFileState { decoded, missing, unreadable, corrupt };
 template <typename Value>
 struct StoreFileRead {
   StoreFileState state = StoreFileState::missing;
-  Value value{};      // when decoded
-  std::string bytes;  // exactly as read, when decoded
+  Value value{};        // when decoded
+  std::string bytes{};  // exactly as read, when decoded
 };
 
 class StoreFile {
@@ -75,36 +72,30 @@ class StoreFile {
   StoreFile(FileSystem& fileSystem, Clock now) : fileSystem_(&fileSystem), clock_(std::move(now)) {}
 
   FileSystem& fileSystem() const { return *fileSystem_; }
-  Date now() const;
+  Date now() const { return clock_ ? clock_() : std::chrono::system_clock::now(); }
 
   // Reads `file` and decodes it with Value::decode.
   template <typename Value>
   StoreFileRead<Value> read(const std::filesystem::path& file) const {
-    StoreFileRead<Value> result;
-    auto bytes = readBytes(file);
-    if (!bytes) {
-      result.state = bytes.error();
-      return result;
-    }
+    auto bytes = fileSystem_->readFile(file);
+    if (!bytes)
+      return {.state = bytes.error().code == FileError::Code::notFound ? StoreFileState::missing
+                                                                       : StoreFileState::unreadable};
     auto value = Value::decode(*bytes);
-    if (!value) {
-      result.state = StoreFileState::corrupt;
-      return result;
-    }
-    result.state = StoreFileState::decoded;
-    result.value = std::move(*value);
-    result.bytes = std::move(*bytes);
-    return result;
+    if (!value) return {.state = StoreFileState::corrupt};
+    return {StoreFileState::decoded, std::move(*value), std::move(*bytes)};
   }
 
   // Moves `file` to a fresh dated name, prefix + stamp + ".json", in its folder.
   Expected<std::filesystem::path, FileError> setAside(const std::filesystem::path& file,
-                                                      std::string_view prefix) const;
+                                                      std::string_view prefix) const {
+    return moveAside(*fileSystem_, file, prefix, now());
+  }
 
-  // What comes before a save replaces `file` in `directory`: the folder is created, a file
-  // that cannot be read stops the save with `unreadable()`, and a damaged
-  // one is moved aside under `corruptPrefix` (or the save stops). Returns the
-  // present file as read, so that its bytes can be kept as a backup.
+  // Before a save replaces `file`: creates `directory`, stops with
+  // `unreadable()` at a file that cannot be read, and moves a damaged one
+  // aside under `corruptPrefix` (or stops). Returns the file as read, so
+  // that its bytes can be kept as a backup.
   template <typename Value, typename Error>
   Expected<StoreFileRead<Value>, Error> clearForSave(const std::filesystem::path& directory,
                                                      const std::filesystem::path& file,
@@ -122,9 +113,6 @@ class StoreFile {
   }
 
  private:
-  // The whole file, or why there is none: missing or unreadable.
-  Expected<std::string, StoreFileState> readBytes(const std::filesystem::path& file) const;
-
   FileSystem* fileSystem_;
   Clock clock_;
 };

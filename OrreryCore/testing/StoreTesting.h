@@ -1,7 +1,5 @@
-// What the tests of the stores share: a fixture that makes a store over an
-// in-memory file system with a settable clock, a fixed moment for dated
-// names, and a look at the file system's journal for whether anything was
-// written.
+// What the tests of the stores share: a fixture with a store over an
+// in-memory file system and a settable clock, and a journal check.
 //
 // Thread rules: test code; one fixture per test.
 #pragma once
