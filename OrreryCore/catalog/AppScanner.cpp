@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 #include <numeric>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
@@ -186,29 +187,43 @@ std::vector<BundleRecord> AppScanner::scan(const std::string& rootPath,
     }
   }
 
-  std::sort(found.begin(), found.end(), [](const Found& a, const Found& b) {
-    if (a.length != b.length) return a.length < b.length;
-    return a.record.app.url < b.record.app.url;
+  // Sorting positions moves eight bytes at a time instead of whole records.
+  std::vector<std::size_t> order(found.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    if (found[a].length != found[b].length) return found[a].length < found[b].length;
+    return found[a].record.app.url < found[b].record.app.url;
   });
   std::vector<BundleRecord> records;
   records.reserve(found.size());
-  for (Found& one : found) records.push_back(std::move(one.record));
+  for (const std::size_t index : order) records.push_back(std::move(found[index].record));
   return records;
 }
 
 std::vector<AppInfo> AppScanner::scan() const {
   if (!format || !reader) return {};
 
-  const std::unique_ptr<BundleFormat::Reader> records = format->startScan();
-  if (!records) return {};
-  std::vector<AppInfo> apps;
-  std::unordered_set<std::string> seen;
-  for (const std::string& root : roots) {
-    for (BundleRecord& record : scan(root, *records)) {
-      if (!seen.insert(record.app.id).second) continue;
-      if (record.listed) apps.push_back(std::move(record.app));
-    }
+  const std::unique_ptr<BundleFormat::Reader> candidates = format->startScan();
+  if (!candidates) return {};
+  // Every root's records stay where they are until the winners are known,
+  // so the set of ids seen can refer to them instead of copying each id.
+  std::vector<std::vector<BundleRecord>> perRoot;
+  perRoot.reserve(roots.size());
+  for (const std::string& root : roots) perRoot.push_back(scan(root, *candidates));
+  std::size_t total = 0;
+  for (const auto& records : perRoot) total += records.size();
+  std::vector<BundleRecord*> winners;
+  winners.reserve(total);
+  {
+    std::unordered_set<std::string_view> seen;
+    seen.reserve(total);
+    for (auto& records : perRoot)
+      for (BundleRecord& record : records)
+        if (seen.insert(record.app.id).second && record.listed) winners.push_back(&record);
   }
+  std::vector<AppInfo> apps;
+  apps.reserve(winners.size());
+  for (BundleRecord* record : winners) apps.push_back(std::move(record->app));
 
   // One collation key per name instead of a collator call per comparison:
   // the sort makes n log n comparisons, the keys cost n.
@@ -219,7 +234,8 @@ std::vector<AppInfo> AppScanner::scan() const {
   std::vector<std::size_t> order(apps.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    if (keys[a] != keys[b]) return keys[a] < keys[b];
+    const int byName = keys[a].compare(keys[b]);
+    if (byName != 0) return byName < 0;
     return apps[a].url < apps[b].url;
   });
 

@@ -73,32 +73,6 @@ std::optional<std::string_view> groupName(std::string_view line) {
   return name;
 }
 
-struct KeyValue {
-  std::string_view key;  // with its locale, "Name[de]"
-  std::string_view value;
-};
-
-// A key line this reader vouches for, split the way GLib splits it: the key
-// without the blanks before "=", the value without the blanks after it.
-std::optional<KeyValue> keyValue(std::string_view line) {
-  std::size_t at = 0;
-  while (at < line.size() && is(line[at], kKey)) ++at;
-  if (at == 0) return std::nullopt;
-  if (at < line.size() && line[at] == '[') {
-    const std::size_t localeStart = ++at;
-    while (at < line.size() && is(line[at], kLocale)) ++at;
-    if (at == localeStart || at == line.size() || line[at] != ']') return std::nullopt;
-    ++at;
-  }
-  const std::string_view key = line.substr(0, at);
-  while (at < line.size() && isBlank(line[at])) ++at;
-  if (at == line.size() || line[at] != '=') return std::nullopt;
-  const std::string_view value = withoutLeadingBlanks(line.substr(at + 1));
-  // GLib also takes vertical tabs and form feeds off the front of a value.
-  if (!value.empty() && isControl(value.front())) return std::nullopt;
-  return KeyValue{key, value};
-}
-
 bool isUtf8(std::string_view text) {
   return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr);
 }
@@ -163,27 +137,62 @@ void DesktopEntryFile::read(std::string_view bytes) {
 
 bool DesktopEntryFile::readGroups(std::string_view rest) {
   bool inDesktopEntry = true;
-  std::size_t start = 0;
-  while (start < rest.size()) {
-    std::size_t end = rest.find('\n', start);
-    if (end == std::string_view::npos) end = rest.size();
-    const std::string_view line = withoutLeadingBlanks(rest.substr(start, end - start));
-    start = end + 1;
-    if (line.empty() || line.front() == '#') continue;
-    if (line.front() == '[') {
-      const auto name = groupName(line);
+  const char* at = rest.data();
+  const char* const end = at + rest.size();
+  const auto lineEnd = [end](const char* from) {
+    const void* newline = std::memchr(from, '\n', static_cast<std::size_t>(end - from));
+    return newline == nullptr ? end : static_cast<const char*>(newline);
+  };
+  // One pass over each line: the key is checked as it is read, and only
+  // the value is searched for the line's end.
+  while (at < end) {
+    while (at < end && isBlank(*at)) ++at;
+    if (at == end) break;
+    if (*at == '\n') {
+      ++at;
+      continue;
+    }
+    if (*at == '#') {
+      at = lineEnd(at);
+      continue;
+    }
+    if (*at == '[') {
+      const char* const stop = lineEnd(at);
+      const auto name = groupName(std::string_view(at, static_cast<std::size_t>(stop - at)));
       if (!name) return false;
       // A group named twice is one group, so a second [Desktop Entry]
       // section adds to the first.
       inDesktopEntry = *name == kDesktopEntry;
+      at = stop;
       continue;
     }
-    const auto pair = keyValue(line);
-    if (!pair) return false;
-    if (!inDesktopEntry) continue;
-    // GLib refuses a file whose first group declares another encoding.
-    if (pair->key == "Encoding" && !equalIgnoringAsciiCase(pair->value, "UTF-8")) return false;
-    keep(pair->key, pair->value);
+
+    // A key line this reader vouches for, split the way GLib splits it: the
+    // key without the blanks before "=", the value without those after it.
+    const char* const keyStart = at;
+    while (at < end && is(*at, kKey)) ++at;
+    if (at == keyStart) return false;
+    if (at < end && *at == '[') {
+      const char* const localeStart = ++at;
+      while (at < end && is(*at, kLocale)) ++at;
+      if (at == localeStart || at == end || *at != ']') return false;
+      ++at;
+    }
+    const std::string_view key(keyStart, static_cast<std::size_t>(at - keyStart));
+    while (at < end && isBlank(*at)) ++at;
+    if (at == end || *at != '=') return false;
+    ++at;
+    while (at < end && isBlank(*at)) ++at;
+    // GLib also takes vertical tabs and form feeds off the front of a value.
+    if (at < end && *at != '\n' && isControl(*at)) return false;
+    const char* const stop = lineEnd(at);
+    if (inDesktopEntry) {
+      const std::string_view value(at, static_cast<std::size_t>(stop - at));
+      // GLib refuses a file whose first group declares another encoding.
+      if (key == "Encoding" && !equalIgnoringAsciiCase(value, "UTF-8")) return false;
+      keep(key, value);
+    }
+    at = stop;
   }
   return true;
 }
