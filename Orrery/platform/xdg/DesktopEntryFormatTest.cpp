@@ -170,6 +170,18 @@ TEST_F(DesktopEntryFormatTest, ShownForTheCurrentDesktopsInTheirOrder) {
                                                  "dbus.desktop @ apps/dbus.desktop"));
 }
 
+TEST_F(DesktopEntryFormatTest, ProgramsAreLookedUpAgainOnEveryScan) {
+  entry("apps/later.desktop", "Name=Later\nTryExec=later-tool\nExec=later-tool %U\n");
+  entry("apps/now.desktop", "Name=Now\n");
+  const auto format = std::make_shared<DesktopEntryFormat>(environment_);
+  const AppScanner scanner{{at("apps")}, AppScanner::kDefaultMaxDepth, format};
+  ASSERT_EQ(scanner.scan().size(), 1u);
+  // Installed after the first scan: the same format finds it the next time.
+  std::ofstream(base_ / "bin/later-tool") << "#!/bin/sh\n";
+  fs::permissions(base_ / "bin/later-tool", fs::perms(0755));
+  EXPECT_EQ(scanner.scan().size(), 2u);
+}
+
 TEST_F(DesktopEntryFormatTest, SubfoldersMakeIdsAndTheFirstRootWins) {
   entry("home/applications/kde/konsole.desktop", "Name=Konsole (user)\n");
   entry("home/applications/firefox.desktop", "Name=Firefox (user)\n");
