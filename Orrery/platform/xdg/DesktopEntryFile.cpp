@@ -73,6 +73,15 @@ std::optional<std::string_view> groupName(std::string_view line) {
   return name;
 }
 
+// Key comparison without a library call: keys are short, and most that
+// differ already differ in length or first letter.
+bool sameKey(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i)
+    if (a[i] != b[i]) return false;
+  return true;
+}
+
 bool isUtf8(std::string_view text) {
   return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr);
 }
@@ -189,7 +198,7 @@ bool DesktopEntryFile::readGroups(std::string_view rest) {
     if (inDesktopEntry) {
       const std::string_view value(at, static_cast<std::size_t>(stop - at));
       // GLib refuses a file whose first group declares another encoding.
-      if (key == "Encoding" && !equalIgnoringAsciiCase(value, "UTF-8")) return false;
+      if (sameKey(key, "Encoding") && !equalIgnoringAsciiCase(value, "UTF-8")) return false;
       keep(key, value);
     }
     at = stop;
@@ -202,7 +211,7 @@ void DesktopEntryFile::keep(std::string_view key, std::string_view value) {
   if (key.size() < 64 && (keyLengths_ & (std::uint64_t{1} << key.size())) == 0) return;
   for (std::size_t i = 0; i < keys_.size(); ++i) {
     // A key given again replaces the earlier value, as in GLib.
-    if (keys_[i] == key) {
+    if (sameKey(keys_[i], key)) {
       values_[i] = value;
       return;
     }
@@ -211,7 +220,7 @@ void DesktopEntryFile::keep(std::string_view key, std::string_view value) {
 
 const std::optional<std::string_view>* DesktopEntryFile::value(std::string_view key) const {
   for (std::size_t i = 0; i < keys_.size(); ++i)
-    if (keys_[i] == key) return &values_[i];
+    if (sameKey(keys_[i], key)) return &values_[i];
   needsGLib_ = true;
   return nullptr;
 }
