@@ -10,12 +10,14 @@
 #include <string>
 #include <vector>
 
-#include "platform/xdg/GLibDesktopEntry.h"
+#include "platform/QuotedBytes.h"
+#include "platform/xdg/DesktopEntryComparison.h"
 
 namespace orrery::platform {
 namespace {
 
 using namespace std::string_literals;
+using ::testing::IsEmpty;
 using ::testing::Optional;
 
 // The process's message languages for the life of the object.
@@ -37,41 +39,12 @@ class ScopedLanguage {
   std::optional<std::string> old_;
 };
 
-std::vector<std::string> keysAsked() {
-  std::vector<std::string> keys{"Type",      "Name",    "Hidden", "NoDisplay", "OnlyShowIn",
-                                "NotShowIn", "TryExec", "Exec",   "Encoding",  "X-Other"};
-  for (const gchar* const* language = g_get_language_names(); *language != nullptr; ++language)
-    keys.push_back(std::string("Name[") + *language + "]");
-  return keys;
-}
-
-// Whether the reader settled `text` itself; if so, every answer it gives
-// must be GLib's.
+// Whether the reader settled `text` itself; every answer it gave must be
+// GLib's either way.
 bool agreesWithGLib(const std::string& text) {
-  const std::vector<std::string> keys = keysAsked();
-  DesktopEntryFile file(keys);
-  file.read(text);
-  if (file.needsGLib()) return false;
-  const GLibDesktopEntry glib(text);
-  const std::string shown = ::testing::PrintToString(text);
-  EXPECT_EQ(file.startsWithDesktopEntry(), glib.startsWithDesktopEntry()) << shown;
-  // A file that does not start with the group is never asked anything more.
-  if (!file.startsWithDesktopEntry()) return true;
-  EXPECT_TRUE(glib.loaded()) << shown;
-  for (const std::string& key : keys) {
-    EXPECT_EQ(file.has(key), glib.has(key)) << key << " in " << shown;
-    EXPECT_EQ(file.string(key), glib.string(key)) << key << " in " << shown;
-    EXPECT_EQ(file.list(key), glib.list(key)) << key << " in " << shown;
-    // A boolean the reader cannot spell is left to GLib; read afresh so one
-    // such key does not hide the others.
-    DesktopEntryFile fresh(keys);
-    fresh.read(text);
-    const bool value = fresh.boolean(key);
-    if (!fresh.needsGLib()) {
-      EXPECT_EQ(value, glib.boolean(key)) << key << " in " << shown;
-    }
-  }
-  return true;
+  const DesktopEntryComparison comparison = compareWithGLib(text);
+  EXPECT_THAT(comparison.differences, IsEmpty()) << quotedBytes(text);
+  return comparison.settled;
 }
 
 TEST(DesktopEntryFile, AnswersLikeGLibOnTrickyEntries) {
@@ -122,7 +95,7 @@ TEST(DesktopEntryFile, AnswersLikeGLibOnTrickyEntries) {
   for (const std::string& text : leftToGLib)
     EXPECT_FALSE(agreesWithGLib(text)) << ::testing::PrintToString(text);
 
-  DesktopEntryFile file(keysAsked());
+  DesktopEntryFile file(comparedDesktopEntryKeys());
   file.read("[Desktop Entry]\nHidden=True\n");
   EXPECT_FALSE(file.needsGLib());
   EXPECT_FALSE(file.boolean("Hidden"));
