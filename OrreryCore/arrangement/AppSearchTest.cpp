@@ -12,22 +12,17 @@ namespace orrery {
 namespace {
 
 using testing::appInfo;
-
-std::vector<std::string> ids(const std::vector<AppInfo>& apps) {
-  std::vector<std::string> out;
-  for (const AppInfo& app : apps) out.push_back(app.id);
-  return out;
-}
+using testing::idsOf;
 
 using Ids = std::vector<std::string>;
 
 // Every check runs through both entry points: the one-shot filter and the
 // prebuilt index must never disagree.
 std::vector<std::string> search(const std::vector<AppInfo>& apps, std::string_view query) {
-  const Ids direct = ids(AppSearch::filter(apps, query));
+  const Ids direct = idsOf(AppSearch::filter(apps, query));
   const auto index = std::make_shared<const AppSearch::Index>(apps);
-  const Ids indexed = ids(index->filter(query));
-  const Ids inPlace = ids(AppSearch::search(index, query).toVector());
+  const Ids indexed = idsOf(index->filter(query));
+  const Ids inPlace = idsOf(AppSearch::search(index, query).toVector());
   EXPECT_EQ(direct, indexed) << "query \"" << query << "\"";
   EXPECT_EQ(direct, inPlace) << "query \"" << query << "\"";
   return direct;

@@ -8,20 +8,10 @@ namespace {
 
 using std::chrono::seconds;
 using testing::appInfo;
+using testing::byID;
+using testing::idsOf;
 
 const Date t0 = dateFromReferenceSeconds(800'000'000);
-
-std::unordered_map<std::string, AppInfo> byID(const std::vector<AppInfo>& apps) {
-  std::unordered_map<std::string, AppInfo> map;
-  for (const AppInfo& app : apps) map.emplace(app.id, app);
-  return map;
-}
-
-std::vector<std::string> ids(const std::vector<AppInfo>& apps) {
-  std::vector<std::string> out;
-  for (const AppInfo& app : apps) out.push_back(app.id);
-  return out;
-}
 
 AppInfo at(std::string id, std::string url) {
   AppInfo app = appInfo(std::move(id));
@@ -34,7 +24,7 @@ TEST(PendingRemovals, AMissingAppStaysForTheDelayThenLeaves) {
   const auto previous = byID(testing::appInfos({"a", "b", "c"}));
 
   auto outcome = pending.evaluate(testing::appInfos({"b", "a"}), previous, {}, t0);
-  EXPECT_EQ(ids(outcome.installed), (std::vector<std::string>{"b", "a", "c"}));
+  EXPECT_EQ(idsOf(outcome.installed), (std::vector<std::string>{"b", "a", "c"}));
   EXPECT_EQ(outcome.installed.back(), previous.at("c"));  // its last known record
   EXPECT_EQ(outcome.keep, (AppIDSet{"c"}));
   EXPECT_EQ(outcome.nextCheck, t0 + seconds(20));
@@ -73,7 +63,7 @@ TEST(PendingRemovals, PendingAppsFollowTheScanInIDOrderWithTheEarliestDue) {
   // "ghost" is only in the arrangement: kept, but there is no record to list.
   const auto outcome =
       pending.evaluate(testing::appInfos({"m", "new"}), previous, {"ghost", "m"}, t0 + seconds(4));
-  EXPECT_EQ(ids(outcome.installed), (std::vector<std::string>{"m", "new", "b", "k", "z"}));
+  EXPECT_EQ(idsOf(outcome.installed), (std::vector<std::string>{"m", "new", "b", "k", "z"}));
   EXPECT_EQ(outcome.keep, (AppIDSet{"b", "ghost", "k", "z"}));
   EXPECT_EQ(outcome.nextCheck, t0 + seconds(20));
 }
@@ -85,7 +75,7 @@ TEST(PendingRemovals, AppsTrashedOnPurposeLeaveAtOnceWhileTheMarkIsFresh) {
   pending.markIntentionallyRemoved({"stale"}, t0 - seconds(30));
 
   auto outcome = pending.evaluate(testing::appInfos({"a", "present"}), previous, {}, t0);
-  EXPECT_EQ(ids(outcome.installed), (std::vector<std::string>{"a", "present", "stale"}));
+  EXPECT_EQ(idsOf(outcome.installed), (std::vector<std::string>{"a", "present", "stale"}));
   EXPECT_EQ(outcome.keep, (AppIDSet{"stale"}));
   // The used mark is gone, the expired one dropped, the unused fresh one kept.
   EXPECT_EQ(pending.intentionallyRemoved, (std::map<std::string, Date>{{"present", t0 - seconds(10)}}));
@@ -95,7 +85,7 @@ TEST(PendingRemovals, AppsTrashedOnPurposeLeaveAtOnceWhileTheMarkIsFresh) {
   EXPECT_EQ(pending.intentionallyRemoved.at("present"), t0 + seconds(1));
   outcome =
       pending.evaluate(testing::appInfos({"a", "present"}), byID(outcome.installed), {}, t0 + seconds(2));
-  EXPECT_EQ(ids(outcome.installed), (std::vector<std::string>{"a", "present"}));
+  EXPECT_EQ(idsOf(outcome.installed), (std::vector<std::string>{"a", "present"}));
   EXPECT_TRUE(outcome.keep.empty());
   EXPECT_TRUE(pending.missingSince.empty());
 }
@@ -109,14 +99,14 @@ TEST(PendingRemovals, APathNamedBundleAtThePlaceOfAPendingAppIsHeldBack) {
   for (const std::string& url : {path, path + "/", std::string("/Applications/./Tool.app")}) {
     PendingRemovals pending;
     const auto outcome = pending.evaluate({appInfo("a"), at(path, url)}, previous, {}, t0);
-    EXPECT_EQ(ids(outcome.installed), (std::vector<std::string>{"a", "com.tool"})) << url;
+    EXPECT_EQ(idsOf(outcome.installed), (std::vector<std::string>{"a", "com.tool"})) << url;
     EXPECT_EQ(outcome.keep, (AppIDSet{"com.tool"}));
   }
 
   // A new identifier at that place is simply a new app.
   PendingRemovals pending;
   auto outcome = pending.evaluate({appInfo("a"), at("com.tool.v2", path)}, previous, {}, t0);
-  EXPECT_EQ(ids(outcome.installed), (std::vector<std::string>{"a", "com.tool.v2", "com.tool"}));
+  EXPECT_EQ(idsOf(outcome.installed), (std::vector<std::string>{"a", "com.tool.v2", "com.tool"}));
 
   // A path-named app the catalog already knows is not held back, nor one at
   // another place.
@@ -124,14 +114,14 @@ TEST(PendingRemovals, APathNamedBundleAtThePlaceOfAPendingAppIsHeldBack) {
   outcome =
       other.evaluate({appInfo("a"), at(path, path), at("/Applications/Else.app", "/Applications/Else.app")},
                      previous, {path}, t0);
-  EXPECT_EQ(ids(outcome.installed),
+  EXPECT_EQ(idsOf(outcome.installed),
             (std::vector<std::string>{"a", path, "/Applications/Else.app", "com.tool"}));
 
   // Once the removal is confirmed, the path-named bundle takes the place.
   outcome = pending.evaluate({appInfo("a"), at(path, path)}, previous, {}, t0 + seconds(5));
-  EXPECT_EQ(ids(outcome.installed), (std::vector<std::string>{"a", "com.tool"}));
+  EXPECT_EQ(idsOf(outcome.installed), (std::vector<std::string>{"a", "com.tool"}));
   outcome = pending.evaluate({appInfo("a"), at(path, path)}, previous, {}, t0 + seconds(25));
-  EXPECT_EQ(ids(outcome.installed), (std::vector<std::string>{"a", path}));
+  EXPECT_EQ(idsOf(outcome.installed), (std::vector<std::string>{"a", path}));
   EXPECT_TRUE(outcome.keep.empty());
 }
 

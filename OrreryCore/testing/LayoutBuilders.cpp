@@ -51,6 +51,18 @@ std::vector<AppInfo> appInfos(std::initializer_list<std::string> ids) {
   return out;
 }
 
+std::vector<std::string> idsOf(const std::vector<AppInfo>& apps) {
+  std::vector<std::string> out;
+  for (const AppInfo& info : apps) out.push_back(info.id);
+  return out;
+}
+
+std::unordered_map<std::string, AppInfo> byID(const std::vector<AppInfo>& apps) {
+  std::unordered_map<std::string, AppInfo> out;
+  for (const AppInfo& info : apps) out.emplace(info.id, info);
+  return out;
+}
+
 std::string describe(const Layout& layout) {
   std::string out;
   for (const auto& item : layout.items) {

@@ -31,6 +31,9 @@ Layout layoutOf(std::vector<LayoutItem> items, std::set<std::string> hidden = {}
 // Apps named after their IDs unless a name is given.
 AppInfo appInfo(std::string id, std::string name = {});
 std::vector<AppInfo> appInfos(std::initializer_list<std::string> ids);
+// The apps' IDs in their order; the apps by ID (the first record of an ID wins).
+std::vector<std::string> idsOf(const std::vector<AppInfo>& apps);
+std::unordered_map<std::string, AppInfo> byID(const std::vector<AppInfo>& apps);
 
 // A compact one-line picture of the items: "a [Games: b c] d | hidden: x".
 std::string describe(const Layout& layout);

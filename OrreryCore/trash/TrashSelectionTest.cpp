@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "testing/LayoutBuilders.h"
 #include "trash/TrashSelection.h"
 
 namespace orrery {
@@ -9,12 +10,6 @@ namespace {
 
 AppInfo installed(const std::string& id, std::string url) {
   return AppInfo{id, id, std::move(url), std::nullopt};
-}
-
-std::unordered_map<std::string, AppInfo> catalogOf(std::vector<AppInfo> apps) {
-  std::unordered_map<std::string, AppInfo> out;
-  for (auto& app : apps) out.emplace(app.id, std::move(app));
-  return out;
 }
 
 const std::unordered_map<std::string, std::string> deletableApps = {
@@ -74,7 +69,7 @@ TEST(TrashSelection, RetainForgetsVanishedAndMovedApps) {
   selection.selectAll(std::vector<std::string>{"pages", "chess", "notes"});
   const auto session = selection.session;
 
-  selection.retain(catalogOf({
+  selection.retain(testing::byID({
       installed("pages", "/Applications/Pages.app"),
       installed("chess", "/Applications/Games/Chess.app"),  // moved: another bundle now
       installed("safari", "/Applications/Safari.app"),
