@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <map>
 #include <utility>
 #include <vector>
 
-#include "text/Localized.h"
+#include "testing/LayoutBuilders.h"
 #include "trash/ConfirmedTrash.h"
 #include "trash/TrashOutcome.h"
 #include "trash/TrashRequest.h"
@@ -13,14 +11,10 @@
 namespace orrery {
 namespace {
 
+using testing::byID;
+
 AppInfo app(const std::string& id, std::string name) {
   return AppInfo{id, std::move(name), "/Applications/" + id + ".app", std::nullopt};
-}
-
-std::unordered_map<std::string, AppInfo> catalogOf(const std::vector<AppInfo>& apps) {
-  std::unordered_map<std::string, AppInfo> out;
-  for (const auto& info : apps) out.emplace(info.id, info);
-  return out;
 }
 
 std::vector<std::string> names(const TrashRequest& request) {
@@ -48,21 +42,8 @@ TrashRequest numberedRequest(int count, std::int64_t skipped = 0) {
     apps.push_back(app("id" + std::to_string(i), "App " + std::to_string(i)));
     ids.insert(apps.back().id);
   }
-  return TrashRequest(ids, catalogOf(apps), skipped);
+  return TrashRequest(ids, byID(apps), skipped);
 }
-
-// Records every (source, comment) pair asked for, answering in English.
-class RecordingTranslator {
- public:
-  RecordingTranslator() {
-    text::setTranslator([this](std::string_view source, std::string_view comment) {
-      asked.emplace(std::string(source), std::string(comment));
-      return std::string(source);
-    });
-  }
-  ~RecordingTranslator() { text::setTranslator({}); }
-  std::map<std::string, std::string> asked;
-};
 
 // A platform double: remembers the call and answers when told to, as the
 // real one does later on another thread.
@@ -77,8 +58,8 @@ class DeferredTrash : public TrashService {
 };
 
 TEST(TrashRequest, AppsAreInNameOrderAndUnknownIDsDropOut) {
-  const auto catalog = catalogOf({app("b", "Zebra"), app("a", "app 10"), app("c", "App 9"), app("e", "Notes"),
-                                  app("d", "Notes"), app("f", "Äpfel")});
+  const auto catalog = byID({app("b", "Zebra"), app("a", "app 10"), app("c", "App 9"), app("e", "Notes"),
+                             app("d", "Notes"), app("f", "Äpfel")});
   const TrashRequest request(AppIDSet{"a", "b", "c", "d", "e", "f", "gone"}, catalog, 1);
   EXPECT_EQ(names(request),
             (std::vector<std::string>{"Äpfel", "App 9", "app 10", "Notes", "Notes", "Zebra"}));
@@ -88,17 +69,10 @@ TEST(TrashRequest, AppsAreInNameOrderAndUnknownIDsDropOut) {
   EXPECT_EQ(request.confirmed().apps(), request.apps);
 }
 
-TEST(TrashRequest, PlainMessageHasTheListAndTheRestoreHint) {
-  const auto request = numberedRequest(3);
-  EXPECT_EQ(paragraphs(request.message({})),
+TEST(TrashRequest, MessageListsTenNamesAtMostThenTheRestoreHint) {
+  EXPECT_EQ(paragraphs(numberedRequest(3).message({})),
             (std::vector<std::string>{"• App 1\n• App 2\n• App 3", "You can restore them from the Trash."}));
-}
-
-TEST(TrashRequest, LongListsAreShortenedAfterTenNames) {
-  const auto request = numberedRequest(12);
-  const auto parts = paragraphs(request.message({}));
-  ASSERT_EQ(parts.size(), 2U);
-  EXPECT_EQ(parts[0],
+  EXPECT_EQ(paragraphs(numberedRequest(12).message({}))[0],
             "• App 1\n• App 2\n• App 3\n• App 4\n• App 5\n• App 6\n• App 7\n• App 8\n• App 9\n• App 10\n"
             "… and 2 more");
   const auto lastLine = [](int count) {
@@ -119,39 +93,9 @@ TEST(TrashRequest, RunningAndSkippedAppsGetTheirOwnParagraphs) {
   EXPECT_EQ(parts[3], "You can restore them from the Trash.");
 }
 
-TEST(TrashRequest, EveryTextGoesThroughTheTranslatorWithItsComment) {
-  RecordingTranslator translator;
-  const auto request = numberedRequest(11, 1);
-  (void)request.title();
-  (void)request.message(AppIDSet{"id1"});
-  TrashOutcome outcome{{}, {{"Chess", TrashOutcome::systemOwnedReason()}}};
-  (void)outcome.failureMessage();
-  (void)TrashOutcome::failureTitle();
-  const std::map<std::string, std::string> expected = {
-      {"Move %1 apps to the Trash?", "Title of the confirmation before moving apps to the Trash"},
-      {"… and %1 more", "End of a shortened list of app names"},
-      {"Still open: %1. Please quit these apps first.", "Warning about apps that are still running"},
-      {"%1 selected apps stay; they can't be moved to the Trash.",
-       "Protected apps that were selected but are skipped"},
-      {"You can restore them from the Trash.",
-       "Last line of the confirmation before moving apps to the Trash"},
-      {"Not all apps could be moved to the Trash",
-       "Title of the message after moving apps to the Trash failed"},
-      {"Owned by the system.", "Reason why an app could not be moved to the Trash"},
-      {"These apps belong to the system, not to your user. Deleting them requires your administrator "
-       "password: open the “Applications” folder in the Finder, drag the app to the Trash and enter the "
-       "password.",
-       "How to delete apps that belong to the system"},
-  };
-  for (const auto& [source, comment] : expected) {
-    ASSERT_TRUE(translator.asked.contains(source)) << source;
-    EXPECT_EQ(translator.asked.at(source), comment) << source;
-  }
-}
-
 TEST(ConfirmedTrash, PerformReportsMovedAppsAndWhyOthersStayed) {
   const auto catalog =
-      catalogOf({app("pages", "Pages"), app("chess", "Chess"), app("notes", "Notes"), app("mail", "Mail")});
+      byID({app("pages", "Pages"), app("chess", "Chess"), app("notes", "Notes"), app("mail", "Mail")});
   const auto confirmed = TrashRequest(AppIDSet{"pages", "chess", "notes", "mail"}, catalog, 0).confirmed();
 
   DeferredTrash service;
@@ -187,7 +131,7 @@ TEST(ConfirmedTrash, OutcomeMessages) {
   EXPECT_EQ((TrashOutcome{{}, {{"Notes", "The disk is full."}}}).failureMessage(),
             "Notes: The disk is full.");
 
-  const auto confirmed = TrashRequest(AppIDSet{"pages"}, catalogOf({app("pages", "Pages")}), 0).confirmed();
+  const auto confirmed = TrashRequest(AppIDSet{"pages"}, byID({app("pages", "Pages")}), 0).confirmed();
   DeferredTrash service;
   std::optional<TrashOutcome> reported;
   confirmed.perform(service, [&](TrashOutcome outcome) { reported = std::move(outcome); });
