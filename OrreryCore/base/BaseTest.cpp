@@ -4,7 +4,6 @@
 #include <string>
 
 #include "base/Date.h"
-#include "base/Expected.h"
 #include "base/FlatMap.h"
 #include "base/Uuid.h"
 
@@ -45,15 +44,6 @@ TEST(Date, ReferenceSecondsRoundTripAndClamp) {
   EXPECT_GT(dateFromReferenceSeconds(1e300), dateFromReferenceSeconds(1e9));
   EXPECT_LT(dateFromReferenceSeconds(-1e300), referenceDate());
   EXPECT_EQ(dateFromReferenceSeconds(std::numeric_limits<double>::quiet_NaN()), referenceDate());
-}
-
-TEST(Expected, HoldsValueOrError) {
-  Expected<int, std::string> good = 3;
-  Expected<int, std::string> bad = Unexpected(std::string("no"));
-  EXPECT_TRUE(good);
-  EXPECT_EQ(*good, 3);
-  EXPECT_FALSE(bad.has_value());
-  EXPECT_EQ(bad.error(), "no");
 }
 
 // Grows past its size hint, keeps the first value of a key, and still finds
