@@ -50,30 +50,26 @@ TEST(AppInfo, UrlsEncodeEveryByteAndComeBackExactly) {
 }
 
 TEST(AppInfo, DecodingNamesTheFaultyKey) {
-  const auto decode = [](const char* text) { return AppInfo::fromJson(nlohmann::json::parse(text)); };
-  const auto missing = decode(R"({"id": "a", "url": "file:///a"})");
-  ASSERT_FALSE(missing);
-  EXPECT_EQ(missing.error().kind, DecodingError::Kind::keyNotFound);
-  EXPECT_EQ(missing.error().path, "name");
-
-  const auto wrongType = decode(R"({"id": 7, "name": "A", "url": "file:///a"})");
-  ASSERT_FALSE(wrongType);
-  EXPECT_EQ(wrongType.error().kind, DecodingError::Kind::typeMismatch);
-  EXPECT_EQ(wrongType.error().path, "id");
-
-  const auto nullName = decode(R"({"id": "a", "name": null, "url": "file:///a"})");
-  ASSERT_FALSE(nullName);
-  EXPECT_EQ(nullName.error().kind, DecodingError::Kind::valueNotFound);
-
-  const auto badUrl = decode(R"({"id": "a", "name": "A", "url": "/a"})");
-  ASSERT_FALSE(badUrl);
-  EXPECT_EQ(badUrl.error().path, "url");
-
-  const auto badDate = decode(R"({"id": "a", "name": "A", "url": "file:///a", "modified": "yesterday"})");
-  ASSERT_FALSE(badDate);
-  EXPECT_EQ(badDate.error().path, "modified");
-
-  EXPECT_FALSE(decode(R"(["a", "A", "file:///a"])"));
+  using Kind = DecodingError::Kind;
+  const struct {
+    const char* json;
+    Kind kind;
+    const char* path;
+  } rows[] = {
+      {R"({"id": "a", "url": "file:///a"})", Kind::keyNotFound, "name"},
+      {R"({"id": 7, "name": "A", "url": "file:///a"})", Kind::typeMismatch, "id"},
+      {R"({"id": "a", "name": null, "url": "file:///a"})", Kind::valueNotFound, "name"},
+      {R"({"id": "a", "name": "A", "url": "/a"})", Kind::dataCorrupted, "url"},
+      {R"({"id": "a", "name": "A", "url": "file:///a", "modified": "yesterday"})", Kind::typeMismatch,
+       "modified"},
+  };
+  for (const auto& row : rows) {
+    const auto decoded = AppInfo::fromJson(nlohmann::json::parse(row.json));
+    ASSERT_FALSE(decoded) << row.json;
+    EXPECT_EQ(decoded.error().kind, row.kind) << row.json;
+    EXPECT_EQ(decoded.error().path, row.path) << row.json;
+  }
+  EXPECT_FALSE(AppInfo::fromJson(nlohmann::json::parse(R"(["a", "A", "file:///a"])")));
 }
 
 }  // namespace
