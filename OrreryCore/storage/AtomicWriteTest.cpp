@@ -106,15 +106,8 @@ TEST(RemoveStrayTemporaries, DeletesOnlyTheStoresOwnLeftovers) {
 
 // --- Dated names -------------------------------------------------------------
 
-Date at(int seconds) { return dateFromReferenceSeconds(seconds); }
 // 2026-03-05T14:07:31Z, plus a fraction that the stamp drops.
 const Date kMoment = Date(std::chrono::seconds(1772719651)) + std::chrono::milliseconds(900);
-
-TEST(DatedName, IsPrefixStampWithoutColonsAndCounter) {
-  EXPECT_EQ(datedName("layout.corrupt-", kMoment), "layout.corrupt-2026-03-05T14-07-31Z.json");
-  EXPECT_EQ(datedName("layout.corrupt-", kMoment, 2), "layout.corrupt-2026-03-05T14-07-31Z-2.json");
-  EXPECT_EQ(datedName("sync-state.corrupt-", at(0), 13), "sync-state.corrupt-2001-01-01T00-00-00Z-13.json");
-}
 
 TEST(DatedName, UniqueURLCountsUpPastTakenNames) {
   MemoryFileSystem fs;

@@ -25,7 +25,6 @@ void create(FileSystem& fileSystem, const std::filesystem::path& path, std::stri
   ASSERT_TRUE((*file)->close());
 }
 
-Code codeOf(const FileResult& result) { return result ? Code::other : result.error().code; }
 template <typename T>
 Code codeOf(const Expected<T, FileError>& result) {
   return result ? Code::other : result.error().code;
