@@ -40,26 +40,32 @@ SyncState everyField() {
   return state;
 }
 
-TEST(SyncState, FreshRecord) {
+TEST(SyncState, FreshRecordAndMissingKeys) {
   const SyncState a, b;
-  EXPECT_FALSE(a.enabled);
   EXPECT_NE(a.deviceID, b.deviceID);
-  EXPECT_FALSE(a.base || a.lastSync || a.engineState || a.lastReportedCount);
-  EXPECT_FALSE(a.userEdited);
-  EXPECT_EQ(a.localModified, SyncState::distantPast());
-  EXPECT_EQ(iso8601(a.localModified), "1900-01-01T00:00:00Z");
-  EXPECT_TRUE(a.writers.empty());
-
-  // Only what is set is written; every key is the field's name.
+  // Only what is set is written; every key is the field's name. Sync is off,
+  // and the local arrangement counts as older than any other (1900).
   const json encoded = json::parse(a.encoded());
   EXPECT_EQ(encoded, (json{{"enabled", false},
                            {"deviceID", a.deviceID.text()},
                            {"userEdited", false},
                            {"localModified", -3'187'296'000.0},
                            {"writers", json::object()}}));
-  const auto decoded = SyncState::decode(a.encoded());
-  ASSERT_TRUE(decoded);
-  EXPECT_EQ(*decoded, a);
+  EXPECT_EQ(SyncState::decode(a.encoded()), a);
+
+  // Missing keys keep the fresh values, with an identity of its own.
+  const auto empty = SyncState::decode("{}");
+  ASSERT_TRUE(empty);
+  EXPECT_FALSE(empty->deviceID.isNil());
+  SyncState expected = a;
+  expected.deviceID = empty->deviceID;
+  EXPECT_EQ(*empty, expected);
+  const auto some = SyncState::decode(R"({"enabled": true, "deviceID": "e621e1f8-c36c-495a-93fc-0c247a3e6e5f",
+                                          "lastSync": null})");
+  ASSERT_TRUE(some);
+  EXPECT_TRUE(some->enabled);
+  EXPECT_EQ(some->deviceID, kDevice);
+  EXPECT_FALSE(some->lastSync);
 }
 
 TEST(SyncState, EveryFieldRoundTripsInItsWireForm) {
@@ -79,22 +85,6 @@ TEST(SyncState, EveryFieldRoundTripsInItsWireForm) {
   EXPECT_LT(bytes.find("\"base\""), bytes.find("\"deviceID\""));
   EXPECT_LT(bytes.find("\"userEdited\""), bytes.find("\"writers\""));
   EXPECT_NE(bytes.find("\n  \"enabled\": true"), std::string::npos);
-}
-
-TEST(SyncState, MissingKeysKeepFreshValues) {
-  const auto empty = SyncState::decode("{}");
-  ASSERT_TRUE(empty);
-  EXPECT_FALSE(empty->enabled);
-  EXPECT_FALSE(empty->userEdited);
-  EXPECT_FALSE(empty->deviceID.isNil());
-  EXPECT_EQ(empty->localModified, SyncState::distantPast());
-
-  const auto some = SyncState::decode(R"({"enabled": true, "deviceID": "e621e1f8-c36c-495a-93fc-0c247a3e6e5f",
-                                          "lastSync": null})");
-  ASSERT_TRUE(some);
-  EXPECT_TRUE(some->enabled);
-  EXPECT_EQ(some->deviceID, kDevice);
-  EXPECT_FALSE(some->lastSync);
 }
 
 TEST(SyncState, StrictKeysFailTheRecord) {
