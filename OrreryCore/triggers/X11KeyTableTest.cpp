@@ -35,18 +35,14 @@ TEST(X11KeyTable, EveryKeyRoundTrips) {
 TEST(X11KeyTable, KnownKeysymsLandOnTheirMacKeys) {
   EXPECT_EQ(X::keyCodeForKeysym(0x61), 0x00U);    // a
   EXPECT_EQ(X::keyCodeForKeysym(0x41), 0x00U);    // A
-  EXPECT_EQ(X::keyCodeForKeysym(0x7a), 0x06U);    // z
   EXPECT_EQ(X::keyCodeForKeysym(0x20), 49U);      // space
   EXPECT_EQ(X::keyCodeForKeysym(0xff1b), 53U);    // Escape
-  EXPECT_EQ(X::keyCodeForKeysym(0xff0d), 36U);    // Return
   EXPECT_EQ(X::keyCodeForKeysym(0xffbe), 122U);   // F1
-  EXPECT_EQ(X::keyCodeForKeysym(0xffc9), 111U);   // F12
   EXPECT_EQ(X::keyCodeForKeysym(0xfe20), 48U);    // ISO_Left_Tab is the Tab key
   EXPECT_EQ(X::keyCodeForKeysym(0xff95), 0x59U);  // KP_Home is keypad 7
   EXPECT_EQ(X::keysymForKeyCode(0x00), 0x61U);    // back to lower-case a
   EXPECT_EQ(X::keysymForKeyCode(0x59), 0xffb7U);  // KP_7
   EXPECT_FALSE(X::keyCodeForKeysym(0xffe1));      // Shift_L alone is no shortcut
-  EXPECT_FALSE(X::keyCodeForKeysym(0xffeb));      // Super_L
   EXPECT_FALSE(X::keyCodeForKeysym(0x1008ff13));  // XF86AudioRaiseVolume
   EXPECT_FALSE(X::keysymForKeyCode(0x37));        // Command key
   EXPECT_FALSE(X::keysymForKeyCode(500));
