@@ -312,17 +312,12 @@ TEST_F(AppCatalogTest, AFailedSaveSetsTheProblemAndTheNextGoodSaveClearsIt) {
   EXPECT_EQ(catalog->storageProblem(), std::nullopt);
   EXPECT_EQ(problemChanged.count(), 2);
   EXPECT_EQ(describe(*savedLayout()), "c | hidden: a b");
-}
 
-TEST_F(AppCatalogTest, AFullDiskShowsTheFileSystemsSentence) {
-  started(appInfos({"a", "b"}));
+  // A full disk shows the file system's own sentence.
   files.inject(MemoryFileSystem::Fault::error(FileError::Code::noSpace).only(FileOperation::write));
-  catalog->mutate([](Layout& layout) { layout.move(0, 1); });
+  catalog->mutate([](Layout& layout) { layout.move(0, 0); });
   ASSERT_TRUE(catalog->storageProblem().has_value());
-  EXPECT_NE(*catalog->storageProblem(), "layout.json can't be read (check access permissions).");
-  EXPECT_FALSE(catalog->storageProblem()->empty());
-  catalog->mutate([](Layout&) {});
-  EXPECT_EQ(catalog->storageProblem(), std::nullopt);
+  EXPECT_NE(catalog->storageProblem()->find("enough space"), std::string::npos) << *catalog->storageProblem();
 }
 
 TEST_F(AppCatalogTest, AnUnreadableFileAtStartIsReportedAndNeverOverwritten) {

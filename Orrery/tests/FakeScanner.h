@@ -33,7 +33,6 @@ class FakeScanner final : public Scanner {
     ++started_;
     changed_.notify_all();
     changed_.wait(lock, [this] { return !holding_; });
-    ++finished_;
     return apps_;
   }
 
@@ -50,14 +49,10 @@ class FakeScanner final : public Scanner {
     holding_ = false;
     changed_.notify_all();
   }
-  // Scans begun, and scans that returned their result.
+  // Scans begun (a held one included).
   int started() const {
     std::lock_guard lock(mutex_);
     return started_;
-  }
-  int finished() const {
-    std::lock_guard lock(mutex_);
-    return finished_;
   }
   // Waits until `count` scans have begun (a held scan is then in place);
   // false when that does not happen within a few seconds.
@@ -73,7 +68,6 @@ class FakeScanner final : public Scanner {
   std::vector<std::string> roots_;
   bool holding_ = false;
   mutable int started_ = 0;
-  mutable int finished_ = 0;
 };
 
 }  // namespace orrery::app::testing
