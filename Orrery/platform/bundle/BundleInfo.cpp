@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 
 #include <plist/plist.h>
@@ -341,7 +340,8 @@ std::optional<BundleInfo> BundleInfo::fromBinary(std::string_view bytes) {
 
 std::optional<BundleInfo> BundleInfo::fromXml(std::string_view bytes) {
   // libplist cuts text at a NUL in places; such files are its own to read.
-  if (std::memchr(bytes.data(), '\0', bytes.size()) != nullptr) return std::nullopt;
+  // (find rather than memchr: an empty view may have no data pointer at all.)
+  if (bytes.find('\0') != std::string_view::npos) return std::nullopt;
   return PlainXmlReader(bytes).document();
 }
 

@@ -73,6 +73,8 @@ TEST(BundleInfo, ReadsCommonXmlLikeLibplist) {
       "",
   };
   for (const std::string& xml : leftToLibplist) EXPECT_FALSE(BundleInfo::fromXml(xml)) << xml;
+  // An empty view without any data behind it, as a default-made one is.
+  EXPECT_EQ(BundleInfo::read(std::string_view()), BundleInfo{});
 }
 
 std::string binary(plist_t plist) {

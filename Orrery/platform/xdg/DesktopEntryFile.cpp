@@ -117,8 +117,8 @@ void DesktopEntryFile::read(std::string_view bytes) {
   startsWithDesktopEntry_ = false;
   // GLib ends a line's text at a NUL and drops a carriage return before a
   // line feed; such files are rare enough to leave to it.
-  needsGLib_ = std::memchr(bytes.data(), '\0', bytes.size()) != nullptr ||
-               std::memchr(bytes.data(), '\r', bytes.size()) != nullptr;
+  // (find rather than memchr: an empty view may have no data pointer at all.)
+  needsGLib_ = bytes.find('\0') != std::string_view::npos || bytes.find('\r') != std::string_view::npos;
   if (needsGLib_) return;
 
   // Comments may come first; then the file must open with the group.

@@ -96,6 +96,10 @@ TEST(DesktopEntryFile, AnswersLikeGLibOnTrickyEntries) {
     EXPECT_FALSE(agreesWithGLib(text)) << ::testing::PrintToString(text);
 
   DesktopEntryFile file(comparedDesktopEntryKeys());
+  // An empty view without any data behind it, as a default-made one is.
+  file.read(std::string_view());
+  EXPECT_FALSE(file.needsGLib());
+  EXPECT_FALSE(file.startsWithDesktopEntry());
   file.read("[Desktop Entry]\nHidden=True\n");
   EXPECT_FALSE(file.needsGLib());
   EXPECT_FALSE(file.boolean("Hidden"));
