@@ -150,7 +150,9 @@ TEST_F(ProgramTest, KeepsTheArrangementInStepWithTheInstalledApps) {
   ASSERT_TRUE(waitFor([&] { return arrangedApps() && arrangedApps()->size() == 3; }, 20s)) << log();
 
   install("Delta");
-  EXPECT_TRUE(waitFor([&] { return arranged("Delta"); }, 2s)) << "a new entry was not arranged within 2 s";
+  // The folder watcher must bring a new entry in by itself; how fast is for a
+  // benchmark, so the limit only has to outlast a loaded CI machine.
+  EXPECT_TRUE(waitFor([&] { return arranged("Delta"); }, 15s)) << "a new entry was not arranged" << log();
 
   fs::remove(applications() / "Beta.desktop");
   const auto removedAt = Clock::now();
