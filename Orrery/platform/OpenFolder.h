@@ -8,10 +8,17 @@
 #pragma once
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "base/Date.h"
 
 namespace orrery::platform {
 
@@ -52,5 +59,40 @@ class OpenFolder {
   std::string path_;
   int fd_ = -1;
 };
+
+// When the file of `status` was last modified.
+inline Date modificationDate(const struct stat& status) {
+  return Date(std::chrono::duration_cast<Date::duration>(std::chrono::seconds(status.st_mtim.tv_sec) +
+                                                         std::chrono::nanoseconds(status.st_mtim.tv_nsec)));
+}
+
+// Reads the whole regular file at `location` into `bytes`, reusing its
+// capacity, and returns the file's status (links followed, as opening
+// follows them). Nothing when it cannot be opened, is not a regular file,
+// is larger than `maxBytes` (a bound on what a stray huge file can cost) or
+// a read fails. A file that shrank while being read is taken as it was read.
+inline std::optional<struct stat> readWholeFile(OpenFolder::Location location, off_t maxBytes,
+                                                std::string& bytes) {
+  const int fd = openat(location.folder, location.name, O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return std::nullopt;
+  std::optional<struct stat> result;
+  struct stat status {};
+  if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= maxBytes) {
+    bytes.resize(static_cast<std::size_t>(status.st_size));
+    std::size_t done = 0;
+    bool failed = false;
+    while (done < bytes.size()) {
+      const ssize_t got = ::read(fd, bytes.data() + done, bytes.size() - done);
+      if (got < 0 && errno == EINTR) continue;
+      if (got < 0) failed = true;
+      if (got <= 0) break;
+      done += static_cast<std::size_t>(got);
+    }
+    bytes.resize(done);
+    if (!failed) result = status;
+  }
+  close(fd);
+  return result;
+}
 
 }  // namespace orrery::platform

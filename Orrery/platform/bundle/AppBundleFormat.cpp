@@ -21,30 +21,6 @@ namespace {
 // reading it would only cost memory.
 constexpr off_t kMaxPlistBytes = 8 * 1024 * 1024;
 
-// Reads the file `name` relative to `folder` into `bytes`; false when it
-// cannot be opened or is not a regular file of a plausible size.
-bool readFile(int folder, const char* name, std::string& bytes) {
-  const int fd = openat(folder, name, O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return false;
-  bool read = false;
-  struct stat status {};
-  if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= kMaxPlistBytes) {
-    bytes.resize(static_cast<std::size_t>(status.st_size));
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-      const ssize_t got = ::read(fd, bytes.data() + done, bytes.size() - done);
-      if (got < 0 && errno == EINTR) continue;
-      if (got <= 0) break;
-      done += static_cast<std::size_t>(got);
-    }
-    // A file that shrank while being read is taken as it was read.
-    bytes.resize(done);
-    read = true;
-  }
-  close(fd);
-  return read;
-}
-
 // The record of the bundle `path`, found as `location`. `scratch` is any
 // buffer, reused between bundles.
 BundleRecord readBundle(const std::string& path, OpenFolder::Location location, std::string& scratch) {
@@ -52,13 +28,13 @@ BundleRecord readBundle(const std::string& path, OpenFolder::Location location, 
   std::optional<Date> modified;
   struct stat status {};
   if (fstatat(location.folder, location.name, &status, AT_SYMLINK_NOFOLLOW) == 0)
-    modified = Date(std::chrono::duration_cast<Date::duration>(
-        std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec)));
+    modified = modificationDate(status);
 
   std::string infoPlist(location.name);
   infoPlist += "/Contents/Info.plist";
-  BundleInfo info =
-      readFile(location.folder, infoPlist.c_str(), scratch) ? BundleInfo::read(scratch) : BundleInfo{};
+  BundleInfo info = readWholeFile({location.folder, infoPlist.c_str()}, kMaxPlistBytes, scratch)
+                        ? BundleInfo::read(scratch)
+                        : BundleInfo{};
 
   BundleRecord record;
   record.app.url = path;

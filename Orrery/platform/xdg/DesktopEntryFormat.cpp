@@ -77,34 +77,6 @@ bool contains(const std::optional<std::vector<std::string>>& list, const std::st
 // file can cost.
 constexpr off_t kMaxEntryBytes = 4 * 1024 * 1024;
 
-// Reads the whole file `name` in the folder open as `folder` into `bytes`
-// and returns its modification time (links followed, as opening follows
-// them), or nothing.
-std::optional<Date> readFile(int folder, const char* name, std::string& bytes) {
-  const int fd = openat(folder, name, O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return std::nullopt;
-  std::optional<Date> modified;
-  struct stat status {};
-  if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= kMaxEntryBytes) {
-    bytes.resize(static_cast<std::size_t>(status.st_size));
-    std::size_t done = 0;
-    bool failed = false;
-    while (done < bytes.size()) {
-      const ssize_t got = ::read(fd, bytes.data() + done, bytes.size() - done);
-      if (got < 0 && errno == EINTR) continue;
-      if (got < 0) failed = true;
-      if (got <= 0) break;
-      done += static_cast<std::size_t>(got);
-    }
-    bytes.resize(done);
-    if (!failed)
-      modified = Date(std::chrono::duration_cast<Date::duration>(
-          std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec)));
-  }
-  close(fd);
-  return modified;
-}
-
 // The language names GLib's parser keeps translations for, in the order
 // GLib looks them up in.
 std::vector<std::string> languageNames() {
@@ -148,8 +120,8 @@ class DesktopEntryReader final : public BundleFormat::Reader {
       return record;
 
     const OpenFolder::Location location = folder_.of(path);
-    const std::optional<Date> modified = readFile(location.folder, location.name, bytes_);
-    if (!modified) return record;
+    const auto status = readWholeFile(location, kMaxEntryBytes, bytes_);
+    if (!status) return record;
     file_.read(bytes_);
     bool listed = false;
     if (!file_.needsGLib()) {
@@ -169,7 +141,7 @@ class DesktopEntryReader final : public BundleFormat::Reader {
       const std::string_view file = std::string_view(path).substr(path.find_last_of('/') + 1);
       record.app.name = std::string(file.substr(0, file.size() - std::string_view(".desktop").size()));
     }
-    record.app.modified = modified;
+    record.app.modified = modificationDate(*status);
     return record;
   }
 
