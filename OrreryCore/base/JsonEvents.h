@@ -126,30 +126,22 @@ class EventReader {
       bool closed = false;  // the value just read is complete
       switch (*p_) {
         case '{':
-          ++p_;
-          if (!handler_.startObject()) return JsonReadOutcome::stopped;
+        case '[': {
+          const bool object = *p_++ == '{';
+          if (!(object ? handler_.startObject() : handler_.startArray())) return JsonReadOutcome::stopped;
           skipSpace();
-          if (p_ != end_ && *p_ == '}') {
+          if (p_ != end_ && *p_ == (object ? '}' : ']')) {
             ++p_;
-            if (!handler_.endObject()) return JsonReadOutcome::stopped;
+            if (!end(object)) return JsonReadOutcome::stopped;
             closed = true;
           } else {
-            if (const auto outcome = readKey(); outcome != JsonReadOutcome::complete) return outcome;
-            open.push_back(true);
+            if (object) {
+              if (const auto outcome = readKey(); outcome != JsonReadOutcome::complete) return outcome;
+            }
+            open.push_back(object);
           }
           break;
-        case '[':
-          ++p_;
-          if (!handler_.startArray()) return JsonReadOutcome::stopped;
-          skipSpace();
-          if (p_ != end_ && *p_ == ']') {
-            ++p_;
-            if (!handler_.endArray()) return JsonReadOutcome::stopped;
-            closed = true;
-          } else {
-            open.push_back(false);
-          }
-          break;
+        }
         case '"':
           ++p_;
           if (!readString()) return JsonReadOutcome::invalid;
@@ -198,12 +190,14 @@ class EventReader {
         if (c != (open.back() ? '}' : ']')) return JsonReadOutcome::invalid;
         const bool wasObject = open.back();
         open.pop_back();
-        if (!(wasObject ? handler_.endObject() : handler_.endArray())) return JsonReadOutcome::stopped;
+        if (!end(wasObject)) return JsonReadOutcome::stopped;
       }
     }
   }
 
  private:
+  bool end(bool object) { return object ? handler_.endObject() : handler_.endArray(); }
+
   void skipSpace() {
     while (p_ != end_ && (*p_ == ' ' || *p_ == '\n' || *p_ == '\r' || *p_ == '\t')) ++p_;
   }
