@@ -25,6 +25,12 @@ void create(FileSystem& fileSystem, const std::filesystem::path& path, std::stri
   ASSERT_TRUE((*file)->close());
 }
 
+// Writes a new file in memory, flushing its data or not, and closes it.
+bool writeNew(MemoryFileSystem& fs, const std::filesystem::path& path, std::string_view content, bool sync) {
+  auto file = fs.createNew(path);
+  return file && (*file)->write(content) && (!sync || (*file)->sync()) && (*file)->close();
+}
+
 template <typename T>
 Code codeOf(const Expected<T, FileError>& result) {
   return result ? Code::other : result.error().code;
@@ -58,7 +64,7 @@ class FileSystemContract : public ::testing::TestWithParam<std::string> {
   std::filesystem::path root_;
 };
 
-TEST_P(FileSystemContract, CreatesReadsAndReportsWhatIsInTheWay) {
+TEST_P(FileSystemContract, CreatesWritesReadsAndReportsWhatIsInTheWay) {
   create(fs(), at("a.json"), "hello");
   EXPECT_EQ(fs().readFile(at("a.json")).value(), "hello");
   create(fs(), at("empty"), "");
@@ -78,9 +84,8 @@ TEST_P(FileSystemContract, CreatesReadsAndReportsWhatIsInTheWay) {
   EXPECT_EQ(error.operation, FileOperation::read);
   EXPECT_EQ(error.path, at("missing"));
   EXPECT_EQ(error.description(), "The file “missing” doesn’t exist.");
-}
 
-TEST_P(FileSystemContract, WritesAppendAndAClosedFileRefusesMore) {
+  // Writes append; a closed file refuses more.
   auto file = fs().createNew(at("log"));
   ASSERT_TRUE(file);
   EXPECT_EQ((*file)->write("one ").value(), 4u);
@@ -196,28 +201,13 @@ TEST(MemoryFileSystem, PowerLossKeepsOnlyWhatWasFlushed) {
   ASSERT_TRUE(fs.createDirectories("/d/e/f"));
 
   // Data written but never flushed is lost even though the name survives.
-  {
-    auto file = fs.createNew("/d/unsynced");
-    ASSERT_TRUE(file);
-    ASSERT_TRUE((*file)->write("data"));
-    ASSERT_TRUE((*file)->close());
-    ASSERT_TRUE(fs.syncDirectory("/d"));
-  }
+  ASSERT_TRUE(writeNew(fs, "/d/unsynced", "data", false));
+  ASSERT_TRUE(fs.syncDirectory("/d"));
   // Data flushed but whose name was never flushed is lost with its name.
-  {
-    auto file = fs.createNew("/d/nameless");
-    ASSERT_TRUE(file);
-    ASSERT_TRUE((*file)->write("data"));
-    ASSERT_TRUE((*file)->sync());
-  }
+  ASSERT_TRUE(writeNew(fs, "/d/nameless", "data", true));
   // A rename over a file counts only once the folder is flushed.
-  {
-    auto file = fs.createNew("/d/next");
-    ASSERT_TRUE(file);
-    ASSERT_TRUE((*file)->write("new"));
-    ASSERT_TRUE((*file)->sync());
-    ASSERT_TRUE(fs.rename("/d/next", "/d/kept"));
-  }
+  ASSERT_TRUE(writeNew(fs, "/d/next", "new", true));
+  ASSERT_TRUE(fs.rename("/d/next", "/d/kept"));
   EXPECT_EQ(fs.contents("/d/kept"), "new");
 
   fs.simulateCrash();
@@ -228,10 +218,7 @@ TEST(MemoryFileSystem, PowerLossKeepsOnlyWhatWasFlushed) {
   EXPECT_EQ(fs.names("/d"), (std::vector<std::string>{"e", "kept", "unsynced"}));
 
   // Flushed all the way, the new content survives.
-  auto file = fs.createNew("/d/next");
-  ASSERT_TRUE(file);
-  ASSERT_TRUE((*file)->write("new"));
-  ASSERT_TRUE((*file)->sync());
+  ASSERT_TRUE(writeNew(fs, "/d/next", "new", true));
   ASSERT_TRUE(fs.rename("/d/next", "/d/kept"));
   ASSERT_TRUE(fs.syncDirectory("/d"));
   fs.simulateCrash();
