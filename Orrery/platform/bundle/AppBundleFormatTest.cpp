@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -19,17 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
-
-std::string xmlPlist(const std::map<std::string, std::string>& strings) {
-  std::string xml =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-      "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-      "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-      "<plist version=\"1.0\">\n<dict>\n";
-  for (const auto& [key, value] : strings)
-    xml += "  <key>" + key + "</key>\n  <string>" + value + "</string>\n";
-  return xml + "</dict>\n</plist>\n";
-}
 
 std::string binaryPlist(const std::map<std::string, std::string>& strings) {
   plist_t dict = plist_new_dict();
@@ -75,53 +65,40 @@ class AppBundleFormatTest : public ::testing::Test {
   const fs::path base_ = temporary_.path();
 };
 
-TEST_F(AppBundleFormatTest, ReadsNamesAndIdsFromXmlAndBinaryPlists) {
+// The name is the first non-empty string of the display name, the name and
+// the folder's name; the id the bundle id, else the path. Missing,
+// malformed, truncated or non-dictionary plists still give a record.
+TEST_F(AppBundleFormatTest, NamesAndIdsFallBackToTheFolder) {
   const AppBundleFormat format("/home/u");
-  const auto record = [&](const std::string& path) { return format.read(path).app; };
-
-  const auto xml = bundle("Mail.app", xmlPlist({{"CFBundleDisplayName", "Mail &amp; More"},
-                                                {"CFBundleName", "MailName"},
-                                                {"CFBundleIdentifier", "com.apple.mail"}}));
-  EXPECT_EQ(record(xml).name, "Mail & More");
-  EXPECT_EQ(record(xml).id, "com.apple.mail");
-  EXPECT_EQ(record(xml).url, xml);
-
-  const auto binary =
-      bundle("Notes.app",
-             binaryPlist({{"CFBundleDisplayName", "Notizen ✎"}, {"CFBundleIdentifier", "com.apple.Notes"}}));
-  EXPECT_EQ(record(binary).name, "Notizen ✎");
-  EXPECT_EQ(record(binary).id, "com.apple.Notes");
-
-  // Empty strings do not count: the next key, then the folder's name.
-  const auto emptyDisplay = bundle(
-      "Calc.app",
-      binaryPlist({{"CFBundleDisplayName", ""}, {"CFBundleName", "Calculator"}, {"CFBundleIdentifier", ""}}));
-  EXPECT_EQ(record(emptyDisplay).name, "Calculator");
-  EXPECT_EQ(record(emptyDisplay).id, emptyDisplay);
-
-  // Values that are not strings do not count either.
-  const auto numbers = bundle("My.Tool.app",
-                              "<plist><dict><key>CFBundleName</key><integer>3</integer>"
-                              "<key>CFBundleIdentifier</key><array/></dict></plist>");
-  EXPECT_EQ(record(numbers).name, "My.Tool");
-  EXPECT_EQ(record(numbers).id, numbers);
-
-  // Missing, malformed, truncated or non-dictionary plists still give a record.
   const std::string full = binaryPlist({{"CFBundleName", "Cut"}});
-  for (const auto& [name, contents] : std::vector<std::pair<std::string, std::string>>{
-           {"Missing.app", ""},
-           {"Garbage.app", "\x01\x02not a plist at all"},
-           {"Truncated.app", full.substr(0, full.size() / 2)},
-           {"Array.app", "<plist><array><string>x</string></array></plist>"}}) {
-    const auto path = bundle(name, contents);
-    EXPECT_EQ(record(path), (AppInfo{path, name.substr(0, name.size() - 4), path, record(path).modified}))
-        << name;
+  for (const auto& [folder, plist, name, id] : std::vector<std::array<std::string, 4>>{
+           {"Mail.app",
+            "<plist><dict><key>CFBundleDisplayName</key><string>Mail &amp; "
+            "More</string><key>CFBundleName</key>"
+            "<string>MailName</string><key>CFBundleIdentifier</key><string>com.apple.mail</string></dict></"
+            "plist>",
+            "Mail & More", "com.apple.mail"},
+           {"Calc.app",
+            binaryPlist(
+                {{"CFBundleDisplayName", ""}, {"CFBundleName", "Calculator"}, {"CFBundleIdentifier", ""}}),
+            "Calculator", ""},
+           {"My.Tool.app",
+            "<plist><dict><key>CFBundleName</key><integer>3</integer>"
+            "<key>CFBundleIdentifier</key><array/></dict></plist>",
+            "My.Tool", ""},
+           {"Missing.app", "", "Missing", ""},
+           {"Garbage.app", "\x01\x02not a plist at all", "Garbage", ""},
+           {"Truncated.app", full.substr(0, full.size() / 2), "Truncated", ""},
+           {"Array.app", "<plist><array><string>x</string></array></plist>", "Array", ""}}) {
+    const auto path = bundle(folder, plist);
+    const AppInfo app = format.read(path).app;
+    EXPECT_EQ(app, (AppInfo{id.empty() ? path : id, name, path, app.modified})) << folder;
   }
 }
 
 TEST_F(AppBundleFormatTest, ScansATreeOfBundlesLikeTheFinderShowsIt) {
   bundle("Applications/Safari.app",
-         xmlPlist({{"CFBundleName", "Safari"}, {"CFBundleIdentifier", "com.apple.Safari"}}));
+         binaryPlist({{"CFBundleName", "Safari"}, {"CFBundleIdentifier", "com.apple.Safari"}}));
   bundle("Applications/Utilities/Terminal.app",
          binaryPlist({{"CFBundleName", "Terminal"}, {"CFBundleIdentifier", "com.apple.Terminal"}}));
   bundle("Applications/A/B/Deep.app", binaryPlist({{"CFBundleIdentifier", "deep"}}));
@@ -138,10 +115,11 @@ TEST_F(AppBundleFormatTest, ScansATreeOfBundlesLikeTheFinderShowsIt) {
   const Date safariDate = setModified(at("Applications/Safari.app"), 1'200'000'000);
   // The same bundle id in the user's and the system folder: the user's wins.
   bundle("User/Safari.app",
-         xmlPlist({{"CFBundleName", "Safari (user)"}, {"CFBundleIdentifier", "com.apple.Safari"}}));
-  bundle("System/Maps.app", xmlPlist({{"CFBundleName", "Maps"}, {"CFBundleIdentifier", "com.apple.Maps"}}));
+         binaryPlist({{"CFBundleName", "Safari (user)"}, {"CFBundleIdentifier", "com.apple.Safari"}}));
+  bundle("System/Maps.app",
+         binaryPlist({{"CFBundleName", "Maps"}, {"CFBundleIdentifier", "com.apple.Maps"}}));
   bundle("System/Terminal.app",
-         xmlPlist({{"CFBundleName", "Terminal (system)"}, {"CFBundleIdentifier", "com.apple.Terminal"}}));
+         binaryPlist({{"CFBundleName", "Terminal (system)"}, {"CFBundleIdentifier", "com.apple.Terminal"}}));
 
   const auto apps = scan({at("Applications"), at("User"), at("System")});
   std::vector<std::string> seen;
