@@ -4,10 +4,10 @@
 #include <QCommandLineParser>
 #include <QTimer>
 
-#include "shell/AppDelegate.h"
-#include "shell/Logging.h"
-#include "shell/SingleInstance.h"
-#include "shell/TerminationSignals.h"
+#include "Orrery/base/Logging.h"
+#include "Orrery/shell/AppDelegate.h"
+#include "Orrery/shell/SingleInstance.h"
+#include "Orrery/shell/TerminationSignals.h"
 
 int main(int argc, char* argv[]) {
   QApplication application(argc, argv);

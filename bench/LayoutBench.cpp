@@ -2,7 +2,7 @@
 // arrangement, one machine's projection folded back, and the JSON coding.
 #include <benchmark/benchmark.h>
 
-#include "arrangement/Layout.h"
+#include "OrreryCore/arrangement/Layout.h"
 
 namespace orrery {
 namespace {

@@ -8,7 +8,7 @@
 #include <random>
 #include <string>
 
-#include "arrangement/LayoutMerge.h"
+#include "OrreryCore/arrangement/LayoutMerge.h"
 
 namespace {
 

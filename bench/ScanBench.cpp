@@ -37,9 +37,9 @@
 
 #include <plist/plist.h>
 
-#include "catalog/AppScanner.h"
-#include "platform/bundle/AppBundleFormat.h"
-#include "platform/xdg/DesktopEntryFormat.h"
+#include "Orrery/platform/bundle/AppBundleFormat.h"
+#include "Orrery/platform/xdg/DesktopEntryFormat.h"
+#include "OrreryCore/catalog/AppScanner.h"
 
 namespace {
 

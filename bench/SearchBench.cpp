@@ -14,9 +14,9 @@
 #include <string>
 #include <vector>
 
-#include "arrangement/AppSearch.h"
-#include "arrangement/Layout.h"
-#include "overlay/OverlayState.h"
+#include "OrreryCore/arrangement/AppSearch.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/overlay/OverlayState.h"
 
 namespace {
 

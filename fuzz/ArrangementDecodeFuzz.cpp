@@ -10,8 +10,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "FuzzSupport.h"
-#include "arrangement/Layout.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "fuzz/FuzzSupport.h"
 
 using orrery::Layout;
 using orrery::fuzz::fail;

@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <string>
 
-#include "FuzzSupport.h"
-#include "arrangement/Layout.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "fuzz/FuzzSupport.h"
 
 using namespace orrery;
 using namespace orrery::fuzz;

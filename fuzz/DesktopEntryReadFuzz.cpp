@@ -11,9 +11,9 @@
 #include <string>
 #include <string_view>
 
-#include "FuzzSupport.h"
-#include "platform/QuotedBytes.h"
-#include "platform/xdg/DesktopEntryComparison.h"
+#include "Orrery/platform/posix/QuotedBytes.h"
+#include "Orrery/platform/xdg/DesktopEntryComparison.h"
+#include "fuzz/FuzzSupport.h"
 
 using orrery::fuzz::fail;
 using orrery::platform::compareWithGLib;

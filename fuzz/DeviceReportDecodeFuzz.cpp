@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "FuzzSupport.h"
-#include "sync/DeviceReport.h"
+#include "OrreryCore/sync/DeviceReport.h"
+#include "fuzz/FuzzSupport.h"
 
 using orrery::DeviceReport;
 using orrery::fuzz::fail;

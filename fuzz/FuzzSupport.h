@@ -18,9 +18,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "arrangement/Layout.h"
-#include "testing/LayoutBuilders.h"
-#include "testing/LayoutChoices.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/testing/LayoutChoices.h"
 
 namespace orrery::fuzz {
 

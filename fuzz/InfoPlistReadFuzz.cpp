@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "FuzzSupport.h"
-#include "platform/QuotedBytes.h"
-#include "platform/bundle/BundleInfoComparison.h"
+#include "Orrery/platform/bundle/BundleInfoComparison.h"
+#include "Orrery/platform/posix/QuotedBytes.h"
+#include "fuzz/FuzzSupport.h"
 
 using orrery::fuzz::fail;
 using orrery::platform::compareWithLibplist;

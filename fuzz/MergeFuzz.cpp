@@ -9,8 +9,8 @@
 #include <string>
 #include <unordered_map>
 
-#include "FuzzSupport.h"
-#include "arrangement/LayoutMerge.h"
+#include "OrreryCore/arrangement/LayoutMerge.h"
+#include "fuzz/FuzzSupport.h"
 
 using namespace orrery;
 using namespace orrery::fuzz;

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "FuzzSupport.h"
-#include "arrangement/Layout.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "fuzz/FuzzSupport.h"
 
 using namespace orrery;
 using namespace orrery::fuzz;

@@ -8,9 +8,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "FuzzSupport.h"
-#include "settings/Settings.h"
-#include "sync/SyncedSettings.h"
+#include "OrreryCore/settings/Settings.h"
+#include "OrreryCore/sync/SyncedSettings.h"
+#include "fuzz/FuzzSupport.h"
 
 using orrery::Settings;
 using orrery::SyncedSettings;

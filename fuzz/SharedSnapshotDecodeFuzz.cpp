@@ -8,8 +8,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "FuzzSupport.h"
-#include "sync/SharedSnapshot.h"
+#include "OrreryCore/sync/SharedSnapshot.h"
+#include "fuzz/FuzzSupport.h"
 
 using orrery::SharedSnapshot;
 using orrery::fuzz::fail;

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "FuzzSupport.h"
-#include "sync/SyncState.h"
+#include "OrreryCore/sync/SyncState.h"
+#include "fuzz/FuzzSupport.h"
 
 using orrery::SyncState;
 using orrery::fuzz::fail;

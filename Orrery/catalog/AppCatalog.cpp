@@ -1,19 +1,15 @@
-#include "catalog/AppCatalog.h"
+#include "Orrery/catalog/AppCatalog.h"
 
 #include <QMetaObject>
 #include <QThread>
 
-#if defined(__linux__)
-#include <sys/resource.h>
-#include <unistd.h>
-#endif
-
 #include <algorithm>
 #include <mutex>
 
-#include "catalog/ScanGuard.h"
-#include "shell/Logging.h"
-#include "text/Localized.h"
+#include "Orrery/base/Logging.h"
+#include "Orrery/platform/posix/ProcessEnvironment.h"
+#include "OrreryCore/catalog/ScanGuard.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery::app {
 
@@ -26,18 +22,6 @@ struct AppCatalog::Mailbox {
 };
 
 namespace {
-
-// Qt's thread priorities do nothing for ordinary threads on Linux; the nice
-// value does, and it is per thread there. The pool's single thread keeps it.
-void runAtLowPriority() {
-#if defined(__linux__)
-  thread_local bool lowered = false;
-  if (!lowered) {
-    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 10);
-    lowered = true;
-  }
-#endif
-}
 
 long count(std::size_t n) { return static_cast<long>(n); }
 
@@ -104,7 +88,7 @@ void AppCatalog::rescan(bool confirming) {
   // happens in them before this point, the scan sees.
   if (watcher_) watcher_->rearm();
   pool_.start([scanner = scanner_, mailbox = mailbox_, confirming] {
-    runAtLowPriority();
+    platform::lowerCurrentThreadPriority();
     std::vector<AppInfo> scanned = scanner->scan();
     std::lock_guard lock(mailbox->mutex);
     if (mailbox->catalog == nullptr) return;

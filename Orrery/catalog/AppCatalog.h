@@ -38,13 +38,13 @@
 #include <unordered_map>
 #include <vector>
 
-#include "arrangement/Layout.h"
-#include "catalog/AppInfo.h"
-#include "catalog/DirectoryWatcher.h"
-#include "catalog/PendingRemovals.h"
-#include "catalog/Scanner.h"
-#include "shell/Clock.h"
-#include "storage/LayoutStore.h"
+#include "Orrery/base/Clock.h"
+#include "Orrery/catalog/DirectoryWatcher.h"
+#include "Orrery/catalog/Scanner.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/catalog/AppInfo.h"
+#include "OrreryCore/catalog/PendingRemovals.h"
+#include "OrreryCore/storage/LayoutStore.h"
 
 namespace orrery::app {
 

@@ -1,4 +1,4 @@
-#include "catalog/DirectoryWatcher.h"
+#include "Orrery/catalog/DirectoryWatcher.h"
 
 #include <QDir>
 #include <QFile>

@@ -34,7 +34,7 @@
 #include <string_view>
 #include <vector>
 
-#include "shell/Clock.h"
+#include "Orrery/base/Clock.h"
 
 namespace orrery::app {
 

@@ -14,8 +14,8 @@
 #include <string_view>
 #include <vector>
 
-#include "catalog/AppInfo.h"
-#include "catalog/AppScanner.h"
+#include "OrreryCore/catalog/AppInfo.h"
+#include "OrreryCore/catalog/AppScanner.h"
 
 namespace orrery::app {
 

@@ -1,47 +1,24 @@
-#include "platform/PlatformFactory.h"
+#include "Orrery/platform/PlatformFactory.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <string>
-#include <vector>
+#include "Orrery/platform/posix/ProcessEnvironment.h"
 
 #if defined(__APPLE__)
-#include "platform/bundle/AppBundleFormat.h"
+#include "Orrery/platform/bundle/AppBundleFormat.h"
 #else
-#include "platform/xdg/DesktopEntryFormat.h"
+#include "Orrery/platform/xdg/DesktopEntryFormat.h"
+#include "Orrery/platform/xdg/XdgAutostart.h"
+#include "Orrery/platform/xdg/XdgDirectories.h"
 #endif
 
 namespace orrery::platform {
 
-namespace {
-
-// $HOME, else the account's home folder, else nothing.
-std::string homeFolder() {
-  const char* home = std::getenv("HOME");
-  if (home != nullptr && home[0] == '/') return home;
-  const long suggested = sysconf(_SC_GETPW_R_SIZE_MAX);
-  std::vector<char> buffer(suggested > 0 ? static_cast<std::size_t>(suggested) : 16384);
-  passwd entry{};
-  passwd* found = nullptr;
-  if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
-      found->pw_dir != nullptr)
-    return found->pw_dir;
-  return {};
-}
-
-}  // namespace
-
 std::shared_ptr<const BundleFormat> makeBundleFormat() {
+  const VariableLookup variables = processVariables();
 #if defined(__APPLE__)
-  return std::make_shared<const AppBundleFormat>(homeFolder());
+  const char* home = variables("HOME");
+  return std::make_shared<const AppBundleFormat>(home == nullptr ? "" : home);
 #else
-  const std::string home = homeFolder();
-  return std::make_shared<const DesktopEntryFormat>(
-      DesktopEnvironment::fromVariables([&home](const char* name) -> const char* {
-        return std::string_view(name) == "HOME" ? home.c_str() : std::getenv(name);
-      }));
+  return std::make_shared<const DesktopEntryFormat>(DesktopEnvironment::fromVariables(variables));
 #endif
 }
 
@@ -51,11 +28,27 @@ AppScanner makeAppScanner() {
   return AppScanner{std::move(roots), AppScanner::kDefaultMaxDepth, std::move(format)};
 }
 
-LayoutStore::DataLocation dataLocation() {
+std::filesystem::path dataDirectory() {
+  const VariableLookup variables = processVariables();
 #if defined(__APPLE__)
-  return LayoutStore::DataLocation::applicationSupport;
+  const char* home = variables("HOME");
+  return std::filesystem::path(home == nullptr ? "" : home) / "Library" / "Application Support" / "Orrery";
 #else
-  return LayoutStore::DataLocation::xdgDataHome;
+  // Without any home folder the path stays relative to the working folder
+  // rather than pointing somewhere shared.
+  return std::filesystem::path(XdgDirectories::fromVariables(variables).dataHome) / "Orrery";
+#endif
+}
+
+std::string collationLocale() { return platform::collationLocale(processVariables()); }
+
+std::unique_ptr<app::LoginItem> makeLoginItem(const QString& executable) {
+#if defined(__APPLE__)
+  // The login-item service comes with the macOS layer.
+  return nullptr;
+#else
+  return std::make_unique<XdgAutostart>(XdgAutostart::from(XdgDirectories::fromVariables(processVariables())),
+                                        executable);
 #endif
 }
 

@@ -1,14 +1,19 @@
 // PlatformFactory: the one place that knows which platform the program
 // runs on. Everything else is handed the adapters made here and never asks.
 //
-// Thread rules: call from any thread; the results are immutable.
+// Thread rules: call from the main thread at start-up; the results are
+// immutable (the login item is main-thread only, like its user).
 #pragma once
 
-#include <memory>
+#include <QString>
 
-#include "catalog/AppScanner.h"
-#include "catalog/BundleFormat.h"
-#include "storage/LayoutStore.h"
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "Orrery/settings/LoginItem.h"
+#include "OrreryCore/catalog/AppScanner.h"
+#include "OrreryCore/catalog/BundleFormat.h"
 
 namespace orrery::platform {
 
@@ -20,8 +25,14 @@ std::shared_ptr<const BundleFormat> makeBundleFormat();
 // default depth.
 AppScanner makeAppScanner();
 
-// Where this platform keeps per-user application data: the XDG data home
-// on Linux, the application-support folder on macOS.
-LayoutStore::DataLocation dataLocation();
+// The folder "Orrery" in this platform's per-user data folder: the XDG data
+// home on free desktops, Application Support on macOS.
+std::filesystem::path dataDirectory();
+
+// The locale app names are sorted in.
+std::string collationLocale();
+
+// Launch at login for `executable`: an XDG autostart entry on free desktops.
+std::unique_ptr<app::LoginItem> makeLoginItem(const QString& executable);
 
 }  // namespace orrery::platform

@@ -1,6 +1,6 @@
-#include "settings/LaunchAtLogin.h"
+#include "Orrery/settings/LaunchAtLogin.h"
 
-#include "text/Localized.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery::app {
 

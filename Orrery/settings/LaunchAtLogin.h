@@ -14,8 +14,8 @@
 
 #include <string>
 
-#include "settings/LoginItem.h"
-#include "settings/SettingsStore.h"
+#include "Orrery/settings/LoginItem.h"
+#include "Orrery/settings/SettingsStore.h"
 
 namespace orrery::app {
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <variant>
 
-#include "base/Expected.h"
+#include "OrreryCore/base/Expected.h"
 
 namespace orrery::app {
 

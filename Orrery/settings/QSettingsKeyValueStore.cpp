@@ -1,9 +1,9 @@
-#include "settings/QSettingsKeyValueStore.h"
+#include "Orrery/settings/QSettingsKeyValueStore.h"
 
 #include <QByteArray>
 #include <QVariant>
 
-#include "shell/Logging.h"
+#include "Orrery/base/Logging.h"
 
 namespace orrery::app {
 

@@ -16,7 +16,7 @@
 #include <optional>
 #include <string>
 
-#include "settings/KeyValueStore.h"
+#include "OrreryCore/settings/KeyValueStore.h"
 
 namespace orrery::app {
 

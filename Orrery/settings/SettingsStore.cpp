@@ -1,4 +1,4 @@
-#include "settings/SettingsStore.h"
+#include "Orrery/settings/SettingsStore.h"
 
 #include <utility>
 

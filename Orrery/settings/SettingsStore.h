@@ -17,9 +17,9 @@
 
 #include <functional>
 
-#include "settings/KeyValueStore.h"
-#include "settings/Settings.h"
-#include "sync/SyncedSettings.h"
+#include "OrreryCore/settings/KeyValueStore.h"
+#include "OrreryCore/settings/Settings.h"
+#include "OrreryCore/sync/SyncedSettings.h"
 
 namespace orrery::app {
 

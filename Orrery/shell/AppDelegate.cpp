@@ -1,14 +1,15 @@
-#include "shell/AppDelegate.h"
+#include "Orrery/shell/AppDelegate.h"
 
 #include <QCoreApplication>
 
 #include <string>
 #include <string_view>
 
-#include "platform/PlatformFactory.h"
-#include "shell/Logging.h"
-#include "shell/StartupSync.h"
-#include "text/Localized.h"
+#include "Orrery/base/Logging.h"
+#include "Orrery/platform/PlatformFactory.h"
+#include "Orrery/shell/StartupSync.h"
+#include "OrreryCore/text/Collation.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery::app {
 
@@ -25,20 +26,19 @@ void installTranslator() {
 
 }  // namespace
 
-std::filesystem::path AppDelegate::defaultDataDirectory() {
-  return LayoutStore::defaultDirectory(platform::dataLocation());
-}
+std::filesystem::path AppDelegate::defaultDataDirectory() { return platform::dataDirectory(); }
 
 AppDelegate::AppDelegate(std::filesystem::path dataDirectory, QObject* parent)
     : QObject(parent), dataDirectory_(std::move(dataDirectory)), syncStateStore_(dataDirectory_) {
   installTranslator();
+  // Before anything sorts names: the catalog orders new apps by name.
+  text::setDefaultLocale(platform::collationLocale());
   catalog_ = std::make_unique<AppCatalog>(std::make_shared<FolderScanner>(platform::makeAppScanner()),
                                           LayoutStore(dataDirectory_), catalogSyncEnabled(loadedSyncState()),
                                           clock_);
   settings_ = std::make_unique<SettingsStore>(defaults_);
-  loginItem_ = std::make_unique<XdgAutostart>(XdgAutostart::processLocations(),
-                                              QCoreApplication::applicationFilePath());
-  launchAtLogin_ = std::make_unique<LaunchAtLogin>(*settings_, *loginItem_);
+  loginItem_ = platform::makeLoginItem(QCoreApplication::applicationFilePath());
+  if (loginItem_) launchAtLogin_ = std::make_unique<LaunchAtLogin>(*settings_, *loginItem_);
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -53,7 +53,7 @@ void AppDelegate::launch() {
   launched_ = true;
   startupSyncState_ = loadedSyncState().treatingExistingLayout(catalog_->shared());
   catalog_->start();
-  launchAtLogin_->refresh();
+  if (launchAtLogin_) launchAtLogin_->refresh();
   qCInfo(shellLog, "Orrery gestartet; Daten in %s", dataDirectory_.c_str());
 }
 

@@ -21,13 +21,13 @@
 #include <memory>
 #include <optional>
 
-#include "catalog/AppCatalog.h"
-#include "settings/LaunchAtLogin.h"
-#include "settings/QSettingsKeyValueStore.h"
-#include "settings/SettingsStore.h"
-#include "settings/XdgAutostart.h"
-#include "shell/QtClock.h"
-#include "sync/SyncStateStore.h"
+#include "Orrery/base/QtClock.h"
+#include "Orrery/catalog/AppCatalog.h"
+#include "Orrery/settings/LaunchAtLogin.h"
+#include "Orrery/settings/LoginItem.h"
+#include "Orrery/settings/QSettingsKeyValueStore.h"
+#include "Orrery/settings/SettingsStore.h"
+#include "OrreryCore/sync/SyncStateStore.h"
 
 namespace orrery::app {
 
@@ -61,7 +61,7 @@ class AppDelegate final : public QObject {
   std::unique_ptr<AppCatalog> catalog_;
   QSettingsKeyValueStore defaults_;
   std::unique_ptr<SettingsStore> settings_;
-  std::unique_ptr<XdgAutostart> loginItem_;
+  std::unique_ptr<LoginItem> loginItem_;  // none where the platform has no adapter
   std::unique_ptr<LaunchAtLogin> launchAtLogin_;
   bool launched_ = false;
 };

@@ -1,4 +1,4 @@
-#include "shell/SingleInstance.h"
+#include "Orrery/shell/SingleInstance.h"
 
 #include <QDir>
 #include <QFile>

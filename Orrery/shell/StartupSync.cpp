@@ -1,6 +1,6 @@
-#include "shell/StartupSync.h"
+#include "Orrery/shell/StartupSync.h"
 
-#include "shell/Logging.h"
+#include "Orrery/base/Logging.h"
 
 namespace orrery::app {
 

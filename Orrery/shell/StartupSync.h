@@ -11,7 +11,7 @@
 // Thread rules: main thread (it logs).
 #pragma once
 
-#include "sync/SyncStateStore.h"
+#include "OrreryCore/sync/SyncStateStore.h"
 
 namespace orrery::app {
 

@@ -1,4 +1,4 @@
-#include "shell/TerminationSignals.h"
+#include "Orrery/shell/TerminationSignals.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -8,7 +8,7 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
-#include "shell/Logging.h"
+#include "Orrery/base/Logging.h"
 
 namespace orrery::app {
 

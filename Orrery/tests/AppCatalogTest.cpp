@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "FakeScanner.h"
-#include "LogCapture.h"
-#include "ManualClock.h"
-#include "catalog/AppCatalog.h"
-#include "storage/MemoryFileSystem.h"
-#include "testing/LayoutBuilders.h"
+#include "Orrery/catalog/AppCatalog.h"
+#include "Orrery/tests/FakeScanner.h"
+#include "Orrery/tests/LogCapture.h"
+#include "Orrery/tests/ManualClock.h"
+#include "OrreryCore/storage/MemoryFileSystem.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
 
 namespace orrery::app {
 namespace {

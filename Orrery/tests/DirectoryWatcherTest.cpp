@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "ManualClock.h"
-#include "catalog/DirectoryWatcher.h"
-#include "testing/TemporaryDirectory.h"
+#include "Orrery/catalog/DirectoryWatcher.h"
+#include "Orrery/tests/ManualClock.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery::app {
 namespace {

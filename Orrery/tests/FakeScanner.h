@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "catalog/Scanner.h"
+#include "Orrery/catalog/Scanner.h"
 
 namespace orrery::app::testing {
 

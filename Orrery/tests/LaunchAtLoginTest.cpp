@@ -7,12 +7,14 @@
 #include <sstream>
 #include <string>
 
-#include "settings/LaunchAtLogin.h"
-#include "settings/XdgAutostart.h"
-#include "testing/TemporaryDirectory.h"
+#include "Orrery/platform/xdg/XdgAutostart.h"
+#include "Orrery/settings/LaunchAtLogin.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery::app {
 namespace {
+
+using platform::XdgAutostart;
 
 namespace fs = std::filesystem;
 

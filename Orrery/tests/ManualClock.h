@@ -14,7 +14,7 @@
 #include <map>
 #include <utility>
 
-#include "shell/Clock.h"
+#include "Orrery/base/Clock.h"
 
 namespace orrery::app::testing {
 

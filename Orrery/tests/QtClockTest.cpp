@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "shell/QtClock.h"
+#include "Orrery/base/QtClock.h"
 
 namespace orrery::app {
 namespace {

@@ -4,9 +4,9 @@
 
 #include <vector>
 
-#include "settings/QSettingsKeyValueStore.h"
-#include "settings/SettingsStore.h"
-#include "testing/TemporaryDirectory.h"
+#include "Orrery/settings/QSettingsKeyValueStore.h"
+#include "Orrery/settings/SettingsStore.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery::app {
 namespace {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "LogCapture.h"
-#include "shell/StartupSync.h"
-#include "storage/MemoryFileSystem.h"
+#include "Orrery/shell/StartupSync.h"
+#include "Orrery/tests/LogCapture.h"
+#include "OrreryCore/storage/MemoryFileSystem.h"
 
 namespace orrery::app {
 namespace {

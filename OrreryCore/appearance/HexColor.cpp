@@ -1,4 +1,4 @@
-#include "appearance/HexColor.h"
+#include "OrreryCore/appearance/HexColor.h"
 
 #include <cmath>
 #include <cstdint>

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <limits>
 
-#include "appearance/HexColor.h"
+#include "OrreryCore/appearance/HexColor.h"
 
 namespace orrery {
 namespace {

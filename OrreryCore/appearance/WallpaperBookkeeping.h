@@ -20,7 +20,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "appearance/WallpaperKey.h"
+#include "OrreryCore/appearance/WallpaperKey.h"
 
 namespace orrery {
 

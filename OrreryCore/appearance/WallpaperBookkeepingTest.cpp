@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "appearance/WallpaperBookkeeping.h"
+#include "OrreryCore/appearance/WallpaperBookkeeping.h"
 
 namespace orrery {
 namespace {

@@ -1,4 +1,4 @@
-#include "arrangement/AppSearch.h"
+#include "OrreryCore/arrangement/AppSearch.h"
 
 #include <algorithm>
 #include <array>
@@ -8,8 +8,8 @@
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
-#include "text/Collation.h"
-#include "text/SearchFolding.h"
+#include "OrreryCore/text/Collation.h"
+#include "OrreryCore/text/SearchFolding.h"
 
 namespace orrery::AppSearch {
 

@@ -31,7 +31,7 @@
 #include <string_view>
 #include <vector>
 
-#include "catalog/AppInfo.h"
+#include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery::AppSearch {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "arrangement/AppSearch.h"
-#include "testing/LayoutBuilders.h"
+#include "OrreryCore/arrangement/AppSearch.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
 
 namespace orrery {
 namespace {

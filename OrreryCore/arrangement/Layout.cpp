@@ -1,4 +1,4 @@
-#include "arrangement/Layout.h"
+#include "OrreryCore/arrangement/Layout.h"
 
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <numeric>
 
-#include "arrangement/OrderEmbedding.h"
-#include "base/FlatMap.h"
-#include "text/Collation.h"
-#include "text/Localized.h"
+#include "OrreryCore/arrangement/OrderEmbedding.h"
+#include "OrreryCore/base/FlatMap.h"
+#include "OrreryCore/text/Collation.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery {
 

@@ -38,21 +38,12 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "base/DecodingError.h"
-#include "base/Expected.h"
-#include "base/Uuid.h"
-#include "catalog/AppInfo.h"
+#include "OrreryCore/base/DecodingError.h"
+#include "OrreryCore/base/Expected.h"
+#include "OrreryCore/base/Uuid.h"
+#include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery {
-
-// Hashes std::string and std::string_view alike, so sets of app IDs can be
-// searched with views of IDs held elsewhere without copying them.
-struct StringHash {
-  using is_transparent = void;
-  std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>()(text); }
-};
-
-using AppIDSet = std::unordered_set<std::string, StringHash, std::equal_to<>>;
 
 // Top-level positions and positions inside a folder. Signed, because callers
 // compute positions (a drop before the first item, a clamp) and out-of-range

@@ -5,8 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "arrangement/Layout.h"
-#include "base/JsonEvents.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/base/JsonEvents.h"
 
 namespace orrery {
 

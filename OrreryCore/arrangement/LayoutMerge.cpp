@@ -1,4 +1,4 @@
-#include "arrangement/LayoutMerge.h"
+#include "OrreryCore/arrangement/LayoutMerge.h"
 
 #include <array>
 #include <cstdint>

@@ -57,8 +57,8 @@
 #include <unordered_set>
 #include <vector>
 
-#include "arrangement/Layout.h"
-#include "arrangement/OrderEmbedding.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/arrangement/OrderEmbedding.h"
 
 namespace orrery::LayoutMerge {
 

@@ -1,12 +1,12 @@
-#include "arrangement/LayoutMerge.h"
+#include "OrreryCore/arrangement/LayoutMerge.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "testing/LayoutBuilders.h"
-#include "testing/RandomLayout.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/testing/RandomLayout.h"
 
 namespace orrery {
 namespace {

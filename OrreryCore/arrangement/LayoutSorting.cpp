@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "arrangement/Layout.h"
-#include "text/Collation.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/text/Collation.h"
 
 namespace orrery {
 

@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "arrangement/Layout.h"
-#include "arrangement/SortUndo.h"
-#include "testing/LayoutBuilders.h"
-#include "testing/RandomLayout.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/arrangement/SortUndo.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/testing/RandomLayout.h"
 
 namespace orrery {
 namespace {

@@ -1,11 +1,11 @@
-#include "arrangement/Layout.h"
+#include "OrreryCore/arrangement/Layout.h"
 
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
-#include "testing/LayoutBuilders.h"
-#include "testing/RandomLayout.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/testing/RandomLayout.h"
 
 namespace orrery {
 namespace {

@@ -28,7 +28,7 @@
 #include <functional>
 #include <vector>
 
-#include "base/FlatMap.h"
+#include "OrreryCore/base/FlatMap.h"
 
 namespace orrery {
 

@@ -1,4 +1,4 @@
-#include "arrangement/SortUndo.h"
+#include "OrreryCore/arrangement/SortUndo.h"
 
 namespace orrery {
 

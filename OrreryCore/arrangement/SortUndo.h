@@ -11,7 +11,7 @@
 
 #include <optional>
 
-#include "arrangement/Layout.h"
+#include "OrreryCore/arrangement/Layout.h"
 
 namespace orrery {
 

@@ -3,9 +3,9 @@
 #include <set>
 #include <string>
 
-#include "base/Date.h"
-#include "base/FlatMap.h"
-#include "base/Uuid.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/base/FlatMap.h"
+#include "OrreryCore/base/Uuid.h"
 
 namespace orrery {
 namespace {

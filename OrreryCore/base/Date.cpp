@@ -1,4 +1,4 @@
-#include "base/Date.h"
+#include "OrreryCore/base/Date.h"
 
 #include <cmath>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "base/DecodingError.h"
+#include "OrreryCore/base/DecodingError.h"
 
 namespace orrery {
 

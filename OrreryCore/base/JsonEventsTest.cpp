@@ -1,4 +1,4 @@
-#include "base/JsonEvents.h"
+#include "OrreryCore/base/JsonEvents.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "base/Uuid.h"
+#include "OrreryCore/base/Uuid.h"
 
 #include <mutex>
 #include <random>

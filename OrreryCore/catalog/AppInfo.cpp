@@ -1,4 +1,4 @@
-#include "catalog/AppInfo.h"
+#include "OrreryCore/catalog/AppInfo.h"
 
 #include <cmath>
 

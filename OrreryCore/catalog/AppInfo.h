@@ -23,14 +23,24 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "base/Date.h"
-#include "base/DecodingError.h"
-#include "base/Expected.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/base/DecodingError.h"
+#include "OrreryCore/base/Expected.h"
 
 namespace orrery {
+
+// Hashes std::string and std::string_view alike, so sets of app IDs can be
+// searched with views of IDs held elsewhere without copying them.
+struct StringHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>()(text); }
+};
+
+using AppIDSet = std::unordered_set<std::string, StringHash, std::equal_to<>>;
 
 struct AppInfo {
   std::string id;

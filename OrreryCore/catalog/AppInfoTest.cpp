@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "catalog/AppInfo.h"
+#include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery {
 namespace {

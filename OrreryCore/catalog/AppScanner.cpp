@@ -1,4 +1,4 @@
-#include "catalog/AppScanner.h"
+#include "OrreryCore/catalog/AppScanner.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -16,7 +16,7 @@
 #include <unicode/locid.h>
 #include <unicode/utext.h>
 
-#include "text/Collation.h"
+#include "OrreryCore/text/Collation.h"
 
 namespace orrery {
 

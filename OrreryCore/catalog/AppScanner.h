@@ -26,8 +26,8 @@
 #include <string>
 #include <vector>
 
-#include "catalog/AppInfo.h"
-#include "catalog/BundleFormat.h"
+#include "OrreryCore/catalog/AppInfo.h"
+#include "OrreryCore/catalog/BundleFormat.h"
 
 namespace orrery {
 

@@ -9,8 +9,8 @@
 #include <set>
 #include <thread>
 
-#include "catalog/AppScanner.h"
-#include "testing/TemporaryDirectory.h"
+#include "OrreryCore/catalog/AppScanner.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery {
 namespace {

@@ -1,4 +1,4 @@
-#include "catalog/PendingRemovals.h"
+#include "OrreryCore/catalog/PendingRemovals.h"
 
 #include <filesystem>
 #include <unordered_set>

@@ -29,9 +29,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "arrangement/Layout.h"
-#include "base/Date.h"
-#include "catalog/AppInfo.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery {
 

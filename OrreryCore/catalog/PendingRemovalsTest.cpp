@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "catalog/PendingRemovals.h"
-#include "testing/LayoutBuilders.h"
+#include "OrreryCore/catalog/PendingRemovals.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
 
 namespace orrery {
 namespace {

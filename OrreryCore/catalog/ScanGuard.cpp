@@ -1,4 +1,4 @@
-#include "catalog/ScanGuard.h"
+#include "OrreryCore/catalog/ScanGuard.h"
 
 namespace orrery {
 

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "catalog/ScanGuard.h"
+#include "OrreryCore/catalog/ScanGuard.h"
 
 namespace orrery {
 namespace {

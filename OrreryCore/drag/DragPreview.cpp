@@ -1,4 +1,4 @@
-#include "drag/DragPreview.h"
+#include "OrreryCore/drag/DragPreview.h"
 
 #include <algorithm>
 

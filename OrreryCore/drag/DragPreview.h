@@ -18,8 +18,8 @@
 #include <functional>
 #include <optional>
 
-#include "arrangement/Layout.h"
-#include "drag/DropZone.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/drag/DropZone.h"
 
 namespace orrery {
 

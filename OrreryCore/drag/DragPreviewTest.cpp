@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "drag/DragPreview.h"
+#include "OrreryCore/drag/DragPreview.h"
 
 namespace orrery {
 namespace {

@@ -1,4 +1,4 @@
-#include "drag/DropZone.h"
+#include "OrreryCore/drag/DropZone.h"
 
 namespace orrery {
 

@@ -10,7 +10,7 @@
 // Thread rules: a plain value and a pure function.
 #pragma once
 
-#include "base/Geometry.h"
+#include "OrreryCore/base/Geometry.h"
 
 namespace orrery {
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "drag/DropZone.h"
+#include "OrreryCore/drag/DropZone.h"
 
 namespace orrery {
 namespace {

@@ -1,4 +1,4 @@
-#include "drag/EdgeFlipTimer.h"
+#include "OrreryCore/drag/EdgeFlipTimer.h"
 
 namespace orrery {
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "drag/EdgeFlipTimer.h"
+#include "OrreryCore/drag/EdgeFlipTimer.h"
 
 namespace orrery {
 namespace {

@@ -1,4 +1,4 @@
-#include "drag/GridDrag.h"
+#include "OrreryCore/drag/GridDrag.h"
 
 #include <algorithm>
 #include <cstddef>

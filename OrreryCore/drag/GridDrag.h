@@ -22,10 +22,10 @@
 #include <variant>
 #include <vector>
 
-#include "arrangement/Layout.h"
-#include "base/Uuid.h"
-#include "drag/DragPreview.h"
-#include "drag/DropZone.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/base/Uuid.h"
+#include "OrreryCore/drag/DragPreview.h"
+#include "OrreryCore/drag/DropZone.h"
 
 namespace orrery {
 

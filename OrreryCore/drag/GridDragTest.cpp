@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "drag/GridDrag.h"
-#include "testing/LayoutBuilders.h"
-#include "testing/RandomLayout.h"
+#include "OrreryCore/drag/GridDrag.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/testing/RandomLayout.h"
 
 namespace orrery {
 namespace {

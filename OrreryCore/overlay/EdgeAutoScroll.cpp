@@ -1,4 +1,4 @@
-#include "overlay/EdgeAutoScroll.h"
+#include "OrreryCore/overlay/EdgeAutoScroll.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "overlay/EdgeAutoScroll.h"
+#include "OrreryCore/overlay/EdgeAutoScroll.h"
 
 namespace orrery {
 namespace {

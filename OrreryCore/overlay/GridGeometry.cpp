@@ -1,4 +1,4 @@
-#include "overlay/GridGeometry.h"
+#include "OrreryCore/overlay/GridGeometry.h"
 
 #include <algorithm>
 #include <cmath>

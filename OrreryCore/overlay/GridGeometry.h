@@ -19,7 +19,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "base/Geometry.h"
+#include "OrreryCore/base/Geometry.h"
 
 namespace orrery {
 

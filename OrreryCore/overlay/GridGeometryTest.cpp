@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "overlay/GridGeometry.h"
+#include "OrreryCore/overlay/GridGeometry.h"
 
 namespace orrery {
 namespace {

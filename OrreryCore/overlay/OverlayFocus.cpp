@@ -1,4 +1,4 @@
-#include "overlay/OverlayFocus.h"
+#include "OrreryCore/overlay/OverlayFocus.h"
 
 namespace orrery {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "overlay/OverlayFocus.h"
+#include "OrreryCore/overlay/OverlayFocus.h"
 
 namespace orrery {
 namespace {

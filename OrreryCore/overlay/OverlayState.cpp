@@ -1,9 +1,9 @@
-#include "overlay/OverlayState.h"
+#include "OrreryCore/overlay/OverlayState.h"
 
 #include <algorithm>
 #include <unordered_set>
 
-#include "overlay/GridGeometry.h"
+#include "OrreryCore/overlay/GridGeometry.h"
 
 namespace orrery {
 

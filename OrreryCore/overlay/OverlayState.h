@@ -26,9 +26,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "arrangement/AppSearch.h"
-#include "arrangement/Layout.h"
-#include "catalog/AppInfo.h"
+#include "OrreryCore/arrangement/AppSearch.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery {
 

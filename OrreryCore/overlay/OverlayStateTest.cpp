@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "overlay/OverlayState.h"
-#include "testing/LayoutBuilders.h"
+#include "OrreryCore/overlay/OverlayState.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
 
 namespace orrery {
 namespace {

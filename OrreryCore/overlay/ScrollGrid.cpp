@@ -1,4 +1,4 @@
-#include "overlay/ScrollGrid.h"
+#include "OrreryCore/overlay/ScrollGrid.h"
 
 #include <algorithm>
 

@@ -15,8 +15,8 @@
 
 #include <cstdint>
 
-#include "base/Geometry.h"
-#include "overlay/GridGeometry.h"
+#include "OrreryCore/base/Geometry.h"
+#include "OrreryCore/overlay/GridGeometry.h"
 
 namespace orrery {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "overlay/ScrollGrid.h"
+#include "OrreryCore/overlay/ScrollGrid.h"
 
 namespace orrery {
 namespace {

@@ -1,4 +1,4 @@
-#include "settings/HotKey.h"
+#include "OrreryCore/settings/HotKey.h"
 
 #include <limits>
 

@@ -1,4 +1,4 @@
-#include "settings/KeyValueStore.h"
+#include "OrreryCore/settings/KeyValueStore.h"
 
 #include <utility>
 

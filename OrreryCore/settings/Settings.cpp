@@ -1,9 +1,8 @@
-#include "settings/Settings.h"
+#include "OrreryCore/settings/Settings.h"
 
 #include <nlohmann/json.hpp>
 
-#include "settings/SettingsCoding.h"
-#include "sync/SyncedSettings.h"
+#include "OrreryCore/settings/SettingsCoding.h"
 
 namespace orrery {
 
@@ -23,32 +22,6 @@ std::optional<DecodingError> readOptional(const nlohmann::json& object, const ch
 }
 
 }  // namespace
-
-SyncedSettings Settings::synced() const {
-  return SyncedSettings{
-      .background = background,
-      .solidColorHex = solidColorHex,
-      .corner = corner,
-      .cornerModifier = cornerModifier,
-      .hotKey = hotKey,
-      .animations = animations,
-      .showMenuBarIcon = showMenuBarIcon,
-      .layoutMode = layoutMode,
-  };
-}
-
-Settings Settings::applying(const SyncedSettings& shared) const {
-  Settings result = *this;
-  result.background = shared.background;
-  result.solidColorHex = shared.solidColorHex;
-  result.corner = shared.corner;
-  result.cornerModifier = shared.cornerModifier;
-  result.hotKey = shared.hotKey;
-  result.animations = shared.animations;
-  result.showMenuBarIcon = shared.showMenuBarIcon;
-  result.layoutMode = shared.layoutMode;
-  return result;
-}
 
 nlohmann::json Settings::toJson() const {
   nlohmann::json json = {

@@ -1,4 +1,4 @@
-#include "settings/SettingsCoding.h"
+#include "OrreryCore/settings/SettingsCoding.h"
 
 #include <cmath>
 #include <limits>

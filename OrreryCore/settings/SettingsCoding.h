@@ -14,10 +14,10 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "base/DecodingError.h"
-#include "base/Expected.h"
-#include "settings/HotKey.h"
-#include "settings/SettingsEnums.h"
+#include "OrreryCore/base/DecodingError.h"
+#include "OrreryCore/base/Expected.h"
+#include "OrreryCore/settings/HotKey.h"
+#include "OrreryCore/settings/SettingsEnums.h"
 
 namespace orrery::settingsCoding {
 

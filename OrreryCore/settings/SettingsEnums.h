@@ -15,7 +15,7 @@
 #include <optional>
 #include <string_view>
 
-#include "settings/TriggerEnums.h"
+#include "OrreryCore/settings/TriggerEnums.h"
 
 namespace orrery {
 

@@ -4,9 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "settings/KeyValueStore.h"
-#include "settings/Settings.h"
-#include "sync/SyncedSettings.h"
+#include "OrreryCore/settings/KeyValueStore.h"
+#include "OrreryCore/settings/Settings.h"
 
 namespace orrery {
 namespace {
@@ -122,15 +121,6 @@ TEST(SettingsEncoding, WritesTheHotKeyOnlyWhenSet) {
   const nlohmann::json full = nonDefault().toJson();
   EXPECT_EQ(full["hotKey"], (nlohmann::json{{"keyCode", 49}, {"carbonModifiers", 0x300}}));
   EXPECT_EQ(full["cornerModifier"], "option");
-}
-
-TEST(SettingsSharing, ApplyingReplacesOnlyTheSharedFields) {
-  EXPECT_EQ(Settings().synced(), SyncedSettings());
-
-  const Settings applied = Settings().applying(nonDefault().synced());
-  EXPECT_EQ(applied.synced(), nonDefault().synced());
-  // Columns, rows, icon size, launch at login and first run were untouched.
-  EXPECT_EQ(applied.applying(Settings().synced()), Settings());
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-#include "storage/AtomicWrite.h"
+#include "OrreryCore/storage/AtomicWrite.h"
 
-#include "base/Uuid.h"
+#include "OrreryCore/base/Uuid.h"
 
 namespace orrery {
 

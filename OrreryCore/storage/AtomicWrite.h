@@ -26,7 +26,7 @@
 #include <string>
 #include <string_view>
 
-#include "storage/FileSystem.h"
+#include "OrreryCore/storage/FileSystem.h"
 
 namespace orrery {
 

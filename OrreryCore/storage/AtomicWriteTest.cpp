@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "base/Uuid.h"
-#include "storage/AtomicWrite.h"
-#include "storage/DatedName.h"
-#include "storage/MemoryFileSystem.h"
+#include "OrreryCore/base/Uuid.h"
+#include "OrreryCore/storage/AtomicWrite.h"
+#include "OrreryCore/storage/DatedName.h"
+#include "OrreryCore/storage/MemoryFileSystem.h"
 
 namespace orrery {
 namespace {

@@ -1,4 +1,4 @@
-#include "storage/DatedName.h"
+#include "OrreryCore/storage/DatedName.h"
 
 #include <algorithm>
 

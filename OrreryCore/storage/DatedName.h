@@ -15,8 +15,8 @@
 #include <string>
 #include <string_view>
 
-#include "base/Date.h"
-#include "storage/FileSystem.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/storage/FileSystem.h"
 
 namespace orrery {
 

@@ -1,8 +1,8 @@
-#include "storage/FileSystem.h"
+#include "OrreryCore/storage/FileSystem.h"
 
 #include <system_error>
 
-#include "text/Localized.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery {
 

@@ -26,7 +26,7 @@
 #include <variant>
 #include <vector>
 
-#include "base/Expected.h"
+#include "OrreryCore/base/Expected.h"
 
 namespace orrery {
 

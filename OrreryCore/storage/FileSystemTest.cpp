@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "storage/MemoryFileSystem.h"
-#include "storage/PosixFileSystem.h"
-#include "testing/TemporaryDirectory.h"
+#include "OrreryCore/storage/MemoryFileSystem.h"
+#include "OrreryCore/storage/PosixFileSystem.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery {
 namespace {

@@ -1,14 +1,10 @@
-#include "storage/LayoutStore.h"
+#include "OrreryCore/storage/LayoutStore.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <vector>
 
-#include "storage/AtomicWrite.h"
-#include "storage/PosixFileSystem.h"
-#include "text/Localized.h"
+#include "OrreryCore/storage/AtomicWrite.h"
+#include "OrreryCore/storage/PosixFileSystem.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery {
 
@@ -17,17 +13,6 @@ namespace {
 // Stems of every temporary file the store makes: ".layout.json.tmp-…",
 // ".layout.backup.json.tmp-…" and ".layout.before-sync-tmp-…".
 constexpr std::string_view kTemporaryStemPrefix = "layout.";
-
-std::optional<std::string> homeFromUserDatabase() {
-  long size = ::sysconf(_SC_GETPW_R_SIZE_MAX);
-  std::vector<char> buffer(size > 0 ? static_cast<std::size_t>(size) : 16384);
-  passwd entry{};
-  passwd* found = nullptr;
-  if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr ||
-      found->pw_dir == nullptr || found->pw_dir[0] == '\0')
-    return std::nullopt;
-  return std::string(found->pw_dir);
-}
 
 }  // namespace
 
@@ -46,35 +31,6 @@ std::string LayoutStore::SaveError::description() const {
       break;
   }
   return fileError()->description();
-}
-
-// --- Locations ------------------------------------------------------------------
-
-LayoutStore::Environment LayoutStore::processEnvironment() {
-  return [](std::string_view name) -> std::optional<std::string> {
-    const std::string key(name);
-    if (const char* value = std::getenv(key.c_str()); value != nullptr && value[0] != '\0')
-      return std::string(value);
-    if (key == "HOME") return homeFromUserDatabase();
-    return std::nullopt;
-  };
-}
-
-std::filesystem::path LayoutStore::defaultDirectory(DataLocation location, const Environment& environment) {
-  // Without any home folder (no HOME, no user entry) the path stays relative
-  // to the working folder rather than pointing somewhere shared.
-  const std::filesystem::path home = environment("HOME").value_or("");
-  switch (location) {
-    case DataLocation::xdgDataHome: {
-      // The base-directory rules ignore a relative XDG_DATA_HOME.
-      if (auto data = environment("XDG_DATA_HOME"); data && std::filesystem::path(*data).is_absolute())
-        return std::filesystem::path(*data) / "Orrery";
-      return home / ".local" / "share" / "Orrery";
-    }
-    case DataLocation::applicationSupport:
-      return home / "Library" / "Application Support" / "Orrery";
-  }
-  return home / "Orrery";
 }
 
 // --- Store ------------------------------------------------------------------------

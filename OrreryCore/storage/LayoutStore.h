@@ -21,17 +21,16 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 
-#include "arrangement/Layout.h"
-#include "base/Date.h"
-#include "base/Expected.h"
-#include "storage/FileSystem.h"
-#include "storage/StoreFile.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/base/Expected.h"
+#include "OrreryCore/storage/FileSystem.h"
+#include "OrreryCore/storage/StoreFile.h"
 
 namespace orrery {
 
@@ -76,22 +75,6 @@ class LayoutStore {
   };
 
   using Clock = StoreFile::Clock;
-
-  // Where the platform keeps an application's data. The caller (the
-  // platform factory of the application) says which convention applies, so
-  // nothing in the core asks which system it runs on.
-  enum class DataLocation {
-    xdgDataHome,         // $XDG_DATA_HOME, else ~/.local/share (Linux and other free desktops)
-    applicationSupport,  // ~/Library/Application Support (macOS)
-  };
-  // Looks up an environment variable; nothing when it is unset.
-  using Environment = std::function<std::optional<std::string>(std::string_view name)>;
-
-  // The process's own environment; HOME falls back to the user database.
-  static Environment processEnvironment();
-  // The folder "Orrery" in the platform's data folder.
-  static std::filesystem::path defaultDirectory(DataLocation location,
-                                                const Environment& environment = processEnvironment());
 
   // On the real disk, with the system clock.
   explicit LayoutStore(std::filesystem::path directory);

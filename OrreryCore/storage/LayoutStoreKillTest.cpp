@@ -21,11 +21,11 @@
 #include <string>
 #include <thread>
 
-#include "storage/AtomicWrite.h"
-#include "storage/LayoutStore.h"
-#include "storage/PosixFileSystem.h"
-#include "testing/LayoutBuilders.h"
-#include "testing/TemporaryDirectory.h"
+#include "OrreryCore/storage/AtomicWrite.h"
+#include "OrreryCore/storage/LayoutStore.h"
+#include "OrreryCore/storage/PosixFileSystem.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery {
 namespace {

@@ -1,16 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <string>
 
-#include "storage/AtomicWrite.h"
-#include "storage/LayoutStore.h"
-#include "storage/MemoryFileSystem.h"
-#include "storage/PosixFileSystem.h"
-#include "testing/LayoutBuilders.h"
-#include "testing/StoreTesting.h"
-#include "testing/TemporaryDirectory.h"
+#include "OrreryCore/storage/AtomicWrite.h"
+#include "OrreryCore/storage/LayoutStore.h"
+#include "OrreryCore/storage/MemoryFileSystem.h"
+#include "OrreryCore/storage/PosixFileSystem.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/testing/StoreTesting.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery {
 namespace {
@@ -296,30 +295,6 @@ TEST(LayoutStoreOnDisk, SavesLoadsAndRefusesToWriteOverWhatItCannotRead) {
   EXPECT_EQ(blocked.loadWithStatus(), (LayoutStore::LoadResult{Layout::empty(), true}));
   EXPECT_EQ(blocked.save(firstLayout()).error().kind(), Kind::mainUnreadable);
   EXPECT_TRUE(std::filesystem::is_directory(temporary.path() / "blocked" / "layout.json"));
-}
-
-TEST(LayoutStoreDefaultDirectory, FollowsThePlatformsDataFolder) {
-  std::map<std::string, std::string> variables{{"HOME", "/home/ada"}};
-  const LayoutStore::Environment environment = [&](std::string_view name) -> std::optional<std::string> {
-    const auto found = variables.find(std::string(name));
-    if (found == variables.end()) return std::nullopt;
-    return found->second;
-  };
-  using Location = LayoutStore::DataLocation;
-  // XDG_DATA_HOME, then the expected folders for XDG and Application Support.
-  // A relative XDG_DATA_HOME is not allowed by the base-directory rules.
-  for (const auto& [xdg, expectedXdg] :
-       std::vector<std::pair<std::string, std::string>>{{"", "/home/ada/.local/share/Orrery"},
-                                                        {"/data/ada", "/data/ada/Orrery"},
-                                                        {"relative/data", "/home/ada/.local/share/Orrery"}}) {
-    if (!xdg.empty()) variables["XDG_DATA_HOME"] = xdg;
-    EXPECT_EQ(LayoutStore::defaultDirectory(Location::xdgDataHome, environment), expectedXdg) << xdg;
-    EXPECT_EQ(LayoutStore::defaultDirectory(Location::applicationSupport, environment),
-              "/home/ada/Library/Application Support/Orrery");
-  }
-
-  // The process's own environment always yields a home folder.
-  EXPECT_TRUE(LayoutStore::defaultDirectory(Location::xdgDataHome).is_absolute());
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "storage/MemoryFileSystem.h"
+#include "OrreryCore/storage/MemoryFileSystem.h"
 
 #include <algorithm>
 #include <cerrno>

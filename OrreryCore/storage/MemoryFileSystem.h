@@ -31,7 +31,7 @@
 #include <string>
 #include <vector>
 
-#include "storage/FileSystem.h"
+#include "OrreryCore/storage/FileSystem.h"
 
 namespace orrery {
 

@@ -1,4 +1,4 @@
-#include "storage/PosixFileSystem.h"
+#include "OrreryCore/storage/PosixFileSystem.h"
 
 #include <dirent.h>
 #include <fcntl.h>

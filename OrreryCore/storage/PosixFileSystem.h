@@ -8,7 +8,7 @@
 // Thread rules: stateless; any thread.
 #pragma once
 
-#include "storage/FileSystem.h"
+#include "OrreryCore/storage/FileSystem.h"
 
 namespace orrery {
 

@@ -17,10 +17,10 @@
 #include <string_view>
 #include <utility>
 
-#include "base/Date.h"
-#include "base/Expected.h"
-#include "storage/DatedName.h"
-#include "storage/FileSystem.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/base/Expected.h"
+#include "OrreryCore/storage/DatedName.h"
+#include "OrreryCore/storage/FileSystem.h"
 
 namespace orrery {
 

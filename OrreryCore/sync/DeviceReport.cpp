@@ -1,10 +1,10 @@
-#include "sync/DeviceReport.h"
+#include "OrreryCore/sync/DeviceReport.h"
 
 #include <algorithm>
 
 #include <nlohmann/json.hpp>
 
-#include "sync/SyncCoding.h"
+#include "OrreryCore/sync/SyncCoding.h"
 
 namespace orrery {
 

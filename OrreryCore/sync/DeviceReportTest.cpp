@@ -1,4 +1,4 @@
-#include "sync/DeviceReport.h"
+#include "OrreryCore/sync/DeviceReport.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "sync/FirstSync.h"
+#include "OrreryCore/sync/FirstSync.h"
 
 namespace orrery {
 

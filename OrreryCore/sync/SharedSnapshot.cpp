@@ -1,12 +1,12 @@
-#include "sync/SharedSnapshot.h"
+#include "OrreryCore/sync/SharedSnapshot.h"
 
 #include <algorithm>
 
 #include <nlohmann/json.hpp>
 
-#include "arrangement/LayoutMerge.h"
-#include "settings/SettingsCoding.h"
-#include "sync/SyncCoding.h"
+#include "OrreryCore/arrangement/LayoutMerge.h"
+#include "OrreryCore/settings/SettingsCoding.h"
+#include "OrreryCore/sync/SyncCoding.h"
 
 namespace orrery {
 

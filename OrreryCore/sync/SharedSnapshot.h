@@ -23,12 +23,12 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "arrangement/Layout.h"
-#include "base/Date.h"
-#include "base/DecodingError.h"
-#include "base/Expected.h"
-#include "base/Uuid.h"
-#include "sync/SyncedSettings.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/base/DecodingError.h"
+#include "OrreryCore/base/Expected.h"
+#include "OrreryCore/base/Uuid.h"
+#include "OrreryCore/sync/SyncedSettings.h"
 
 namespace orrery {
 

@@ -1,10 +1,10 @@
-#include "sync/SharedSnapshot.h"
+#include "OrreryCore/sync/SharedSnapshot.h"
 
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
-#include "testing/LayoutBuilders.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
 
 namespace orrery {
 namespace {

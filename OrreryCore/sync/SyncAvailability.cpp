@@ -1,6 +1,6 @@
-#include "sync/SyncAvailability.h"
+#include "OrreryCore/sync/SyncAvailability.h"
 
-#include "text/Localized.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery {
 

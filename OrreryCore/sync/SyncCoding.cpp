@@ -1,4 +1,4 @@
-#include "sync/SyncCoding.h"
+#include "OrreryCore/sync/SyncCoding.h"
 
 #include <string>
 

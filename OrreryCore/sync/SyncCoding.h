@@ -13,10 +13,10 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "base/Date.h"
-#include "base/DecodingError.h"
-#include "base/Expected.h"
-#include "base/Uuid.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/base/DecodingError.h"
+#include "OrreryCore/base/Expected.h"
+#include "OrreryCore/base/Uuid.h"
 
 namespace orrery::syncCoding {
 

@@ -7,9 +7,9 @@
 
 #include <array>
 
-#include "sync/SyncPlan.h"
-#include "testing/LayoutBuilders.h"
-#include "testing/RandomLayout.h"
+#include "OrreryCore/sync/SyncPlan.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/testing/RandomLayout.h"
 
 namespace orrery {
 namespace {

@@ -1,8 +1,8 @@
-#include "sync/SyncPlan.h"
+#include "OrreryCore/sync/SyncPlan.h"
 
 #include <unordered_set>
 
-#include "arrangement/LayoutMerge.h"
+#include "OrreryCore/arrangement/LayoutMerge.h"
 
 namespace orrery::SyncPlan {
 

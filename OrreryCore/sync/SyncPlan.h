@@ -15,11 +15,11 @@
 #include <variant>
 #include <vector>
 
-#include "arrangement/Layout.h"
-#include "base/Date.h"
-#include "base/Uuid.h"
-#include "sync/DeviceReport.h"
-#include "sync/SharedSnapshot.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/base/Uuid.h"
+#include "OrreryCore/sync/DeviceReport.h"
+#include "OrreryCore/sync/SharedSnapshot.h"
 
 namespace orrery::SyncPlan {
 

@@ -1,10 +1,10 @@
-#include "sync/SyncPlan.h"
+#include "OrreryCore/sync/SyncPlan.h"
 
 #include <gtest/gtest.h>
 
-#include "sync/FirstSync.h"
-#include "sync/SyncAvailability.h"
-#include "testing/LayoutBuilders.h"
+#include "OrreryCore/sync/FirstSync.h"
+#include "OrreryCore/sync/SyncAvailability.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
 
 namespace orrery {
 namespace {

@@ -1,9 +1,9 @@
-#include "sync/SyncState.h"
+#include "OrreryCore/sync/SyncState.h"
 
 #include <nlohmann/json.hpp>
 
-#include "settings/SettingsCoding.h"
-#include "sync/SyncCoding.h"
+#include "OrreryCore/settings/SettingsCoding.h"
+#include "OrreryCore/sync/SyncCoding.h"
 
 namespace orrery {
 

@@ -33,12 +33,12 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "base/Date.h"
-#include "base/DecodingError.h"
-#include "base/Expected.h"
-#include "base/Uuid.h"
-#include "sync/DeviceReport.h"
-#include "sync/SharedSnapshot.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/base/DecodingError.h"
+#include "OrreryCore/base/Expected.h"
+#include "OrreryCore/base/Uuid.h"
+#include "OrreryCore/sync/DeviceReport.h"
+#include "OrreryCore/sync/SharedSnapshot.h"
 
 namespace orrery {
 

@@ -1,8 +1,8 @@
-#include "sync/SyncStateStore.h"
+#include "OrreryCore/sync/SyncStateStore.h"
 
-#include "storage/AtomicWrite.h"
-#include "storage/PosixFileSystem.h"
-#include "text/Localized.h"
+#include "OrreryCore/storage/AtomicWrite.h"
+#include "OrreryCore/storage/PosixFileSystem.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery {
 

@@ -29,12 +29,12 @@
 #include <string_view>
 #include <variant>
 
-#include "arrangement/Layout.h"
-#include "base/Date.h"
-#include "base/Expected.h"
-#include "storage/FileSystem.h"
-#include "storage/StoreFile.h"
-#include "sync/SyncState.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/base/Expected.h"
+#include "OrreryCore/storage/FileSystem.h"
+#include "OrreryCore/storage/StoreFile.h"
+#include "OrreryCore/sync/SyncState.h"
 
 namespace orrery {
 

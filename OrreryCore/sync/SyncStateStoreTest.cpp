@@ -1,15 +1,15 @@
-#include "sync/SyncStateStore.h"
+#include "OrreryCore/sync/SyncStateStore.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "storage/AtomicWrite.h"
-#include "storage/MemoryFileSystem.h"
-#include "storage/PosixFileSystem.h"
-#include "testing/LayoutBuilders.h"
-#include "testing/StoreTesting.h"
-#include "testing/TemporaryDirectory.h"
+#include "OrreryCore/storage/AtomicWrite.h"
+#include "OrreryCore/storage/MemoryFileSystem.h"
+#include "OrreryCore/storage/PosixFileSystem.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/testing/StoreTesting.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery {
 namespace {

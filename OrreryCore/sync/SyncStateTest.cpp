@@ -1,10 +1,10 @@
-#include "sync/SyncState.h"
+#include "OrreryCore/sync/SyncState.h"
 
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
-#include "testing/LayoutBuilders.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
 
 namespace orrery {
 namespace {

@@ -1,8 +1,9 @@
-#include "sync/SyncedSettings.h"
+#include "OrreryCore/sync/SyncedSettings.h"
 
 #include <nlohmann/json.hpp>
 
-#include "settings/SettingsCoding.h"
+#include "OrreryCore/settings/Settings.h"
+#include "OrreryCore/settings/SettingsCoding.h"
 
 namespace orrery {
 
@@ -102,6 +103,33 @@ Expected<SyncedSettings, DecodingError> SyncedSettings::fromJson(const nlohmann:
   settings.layoutMode = *layoutMode;
 
   return settings;
+}
+
+// Settings' side of the split lives here, so settings need not know about sync.
+SyncedSettings Settings::synced() const {
+  return SyncedSettings{
+      .background = background,
+      .solidColorHex = solidColorHex,
+      .corner = corner,
+      .cornerModifier = cornerModifier,
+      .hotKey = hotKey,
+      .animations = animations,
+      .showMenuBarIcon = showMenuBarIcon,
+      .layoutMode = layoutMode,
+  };
+}
+
+Settings Settings::applying(const SyncedSettings& shared) const {
+  Settings result = *this;
+  result.background = shared.background;
+  result.solidColorHex = shared.solidColorHex;
+  result.corner = shared.corner;
+  result.cornerModifier = shared.cornerModifier;
+  result.hotKey = shared.hotKey;
+  result.animations = shared.animations;
+  result.showMenuBarIcon = shared.showMenuBarIcon;
+  result.layoutMode = shared.layoutMode;
+  return result;
 }
 
 }  // namespace orrery

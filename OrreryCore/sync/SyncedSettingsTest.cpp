@@ -2,11 +2,29 @@
 
 #include <nlohmann/json.hpp>
 
-#include "settings/Settings.h"
-#include "sync/SyncedSettings.h"
+#include "OrreryCore/settings/Settings.h"
+#include "OrreryCore/sync/SyncedSettings.h"
 
 namespace orrery {
 namespace {
+
+TEST(SettingsSharing, ApplyingReplacesOnlyTheSharedFields) {
+  Settings changed;
+  changed.columns = 9;
+  changed.background = BackgroundStyle::solid;
+  changed.corner = Corner::bottomRight;
+  changed.hotKey = HotKey{49, HotKey::kCommand | HotKey::kShift};
+  changed.layoutMode = LayoutMode::scroll;
+  changed.launchAtLogin = true;
+  EXPECT_EQ(Settings().synced(), SyncedSettings());
+
+  const Settings applied = Settings().applying(changed.synced());
+  EXPECT_EQ(applied.synced(), changed.synced());
+  // Columns and launch at login stay this machine's own.
+  EXPECT_EQ(applied.columns, Settings().columns);
+  EXPECT_FALSE(applied.launchAtLogin);
+  EXPECT_EQ(changed.applying(Settings().synced()).columns, 9);
+}
 
 TEST(SyncedSettingsMerge, AChangeOnOneSideAlwaysSurvives) {
   const SyncedSettings base;

@@ -1,4 +1,4 @@
-#include "testing/LayoutBuilders.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
 
 namespace orrery::testing {
 

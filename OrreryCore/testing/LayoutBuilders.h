@@ -15,7 +15,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "arrangement/Layout.h"
+#include "OrreryCore/arrangement/Layout.h"
 
 namespace orrery::testing {
 

@@ -1,10 +1,10 @@
-#include "testing/LayoutChoices.h"
+#include "OrreryCore/testing/LayoutChoices.h"
 
 #include <algorithm>
 #include <iterator>
 #include <optional>
 
-#include "catalog/AppInfo.h"
+#include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery::testing {
 

@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-#include "arrangement/Layout.h"
+#include "OrreryCore/arrangement/Layout.h"
 
 namespace orrery::testing {
 

@@ -1,12 +1,12 @@
-#include "testing/LayoutChoices.h"
+#include "OrreryCore/testing/LayoutChoices.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 #include <vector>
 
-#include "testing/LayoutBuilders.h"
-#include "testing/RandomLayout.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/testing/RandomLayout.h"
 
 namespace orrery::testing {
 namespace {

@@ -1,8 +1,8 @@
-#include "testing/RandomLayout.h"
+#include "OrreryCore/testing/RandomLayout.h"
 
 #include <cstdio>
 
-#include "testing/LayoutChoices.h"
+#include "OrreryCore/testing/LayoutChoices.h"
 
 namespace orrery::testing {
 

@@ -17,8 +17,8 @@
 #include <string>
 #include <vector>
 
-#include "arrangement/Layout.h"
-#include "testing/LayoutBuilders.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
 
 namespace orrery::testing {
 

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "base/Date.h"
-#include "storage/MemoryFileSystem.h"
+#include "OrreryCore/base/Date.h"
+#include "OrreryCore/storage/MemoryFileSystem.h"
 
 namespace orrery::testing {
 

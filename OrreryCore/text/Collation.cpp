@@ -1,4 +1,4 @@
-#include "text/Collation.h"
+#include "OrreryCore/text/Collation.h"
 
 #include <unicode/coll.h>
 #include <unicode/locid.h>
@@ -6,31 +6,30 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <vector>
 
 namespace orrery::text {
 
 namespace {
 
-std::string localeFromPosixName(std::string_view name) {
-  // "de_CH.UTF-8@euro" -> "de_CH"
-  const auto end = name.find_first_of(".@");
-  std::string base(name.substr(0, end));
-  if (base.empty() || base == "C" || base == "POSIX") return {};
-  return base;
+std::mutex defaultLocaleMutex;
+std::string& defaultLocaleName() {
+  static std::string name = "en_US";
+  return name;
 }
 
 }  // namespace
 
-std::string environmentLocale() {
-  // The same precedence the C library uses for LC_COLLATE.
-  for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {
-    const char* value = std::getenv(variable);
-    if (value == nullptr || *value == '\0') continue;
-    const std::string locale = localeFromPosixName(value);
-    return locale.empty() ? "en_US" : locale;
-  }
-  return "en_US";
+std::string defaultLocale() {
+  std::lock_guard lock(defaultLocaleMutex);
+  return defaultLocaleName();
+}
+
+void setDefaultLocale(std::string locale) {
+  if (locale.empty()) locale = "en_US";
+  std::lock_guard lock(defaultLocaleMutex);
+  defaultLocaleName() = std::move(locale);
 }
 
 NameCollator::NameCollator(const std::string& locale) : locale_(locale) {

@@ -3,13 +3,15 @@
 //
 // ICU collation at secondary strength (case-insensitive, accents count),
 // with numeric ordering so "App 9" sorts before "App 10". The locale is
-// explicit: the one the environment names (LC_ALL, LC_COLLATE, LANG), and a
-// real locale ("en_US") when the environment says C or POSIX — ICU's root
-// rules would still work there, but numeric ordering must never silently
-// depend on how the process happened to be started.
+// always explicit: the application passes the user's at start-up
+// (setDefaultLocale), and until then it is a real locale ("en_US"), never
+// ICU's root rules or the C locale, so numeric ordering never silently
+// depends on how the process happened to be started.
 //
 // Thread rules: a NameCollator is immutable after construction and may be
-// shared by threads. compareNames() uses one collator per thread.
+// shared by threads. compareNames() uses one collator per thread, made on
+// the thread's first use from the default locale of that moment; set the
+// default before any thread sorts.
 #pragma once
 
 #include <memory>
@@ -24,13 +26,14 @@ U_NAMESPACE_END
 
 namespace orrery::text {
 
-// The ICU locale name to sort by, read from the environment.
-// "de_CH.UTF-8@euro" gives "de_CH"; unset, "C" or "POSIX" gives "en_US".
-std::string environmentLocale();
+// The ICU locale name names are sorted by when no other is given: "en_US"
+// until the application sets the user's. An empty name keeps "en_US".
+std::string defaultLocale();
+void setDefaultLocale(std::string locale);
 
 class NameCollator {
  public:
-  explicit NameCollator(const std::string& locale = environmentLocale());
+  explicit NameCollator(const std::string& locale = defaultLocale());
   ~NameCollator();
   NameCollator(NameCollator&&) noexcept;
   NameCollator& operator=(NameCollator&&) noexcept;
@@ -50,7 +53,7 @@ class NameCollator {
   std::unique_ptr<icu::Collator> collator_;
 };
 
-// compare() with this thread's collator for environmentLocale().
+// compare() with this thread's collator for defaultLocale().
 int compareNames(std::string_view a, std::string_view b);
 
 // Order of two named things: the names under compareNames(), ties broken by

@@ -1,4 +1,4 @@
-#include "text/Localized.h"
+#include "OrreryCore/text/Localized.h"
 
 #include <mutex>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "text/SearchFolding.h"
+#include "OrreryCore/text/SearchFolding.h"
 
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>

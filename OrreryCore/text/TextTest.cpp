@@ -5,33 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "text/Collation.h"
-#include "text/Localized.h"
-#include "text/SearchFolding.h"
+#include "OrreryCore/text/Collation.h"
+#include "OrreryCore/text/Localized.h"
+#include "OrreryCore/text/SearchFolding.h"
 
 namespace orrery::text {
 namespace {
-
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) old_ = old;
-    if (value)
-      setenv(name, value, 1);
-    else
-      unsetenv(name);
-  }
-  ~ScopedEnv() {
-    if (old_)
-      setenv(name_, old_->c_str(), 1);
-    else
-      unsetenv(name_);
-  }
-
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
 
 TEST(Collation, FinderLikeOrder) {
   const NameCollator collator("en_US");
@@ -59,28 +38,18 @@ TEST(Collation, SortKeysAgreeWithCompare) {
     }
 }
 
-TEST(Collation, LocaleComesFromTheEnvironmentAndNeverFromC) {
-  ScopedEnv lcAll("LC_ALL", nullptr);
-  ScopedEnv lcCollate("LC_COLLATE", nullptr);
-  {
-    ScopedEnv lang("LANG", "sv_SE.UTF-8");
-    EXPECT_EQ(environmentLocale(), "sv_SE");
-  }
-  {
-    ScopedEnv lang("LANG", "C");
-    EXPECT_EQ(environmentLocale(), "en_US");
-    ScopedEnv collate("LC_COLLATE", "de_CH.UTF-8@euro");
-    EXPECT_EQ(environmentLocale(), "de_CH");
-    ScopedEnv all("LC_ALL", "POSIX");
-    EXPECT_EQ(environmentLocale(), "en_US");
-  }
-  {
-    ScopedEnv lang("LANG", nullptr);
-    EXPECT_EQ(environmentLocale(), "en_US");
-  }
-  // Under the C locale numbers must still compare by value.
-  ScopedEnv all("LC_ALL", "C");
+TEST(Collation, TheDefaultLocaleIsAlwaysARealOne) {
+  const std::string before = defaultLocale();
+  EXPECT_EQ(before, "en_US");
+  setDefaultLocale("sv_SE");
+  EXPECT_EQ(NameCollator().locale(), "sv_SE");
+  // Swedish sorts "ä" after "z"; English next to "a".
+  EXPECT_GT(NameCollator().compare("\u00e4pple", "zebra"), 0);
+  setDefaultLocale("");
+  EXPECT_EQ(defaultLocale(), "en_US");
   EXPECT_LT(NameCollator().compare("App 9", "App 10"), 0);
+  EXPECT_LT(NameCollator().compare("\u00e4pple", "zebra"), 0);
+  setDefaultLocale(before);
 }
 
 TEST(Collation, TiesFallBackToIdentifiers) {

@@ -1,4 +1,4 @@
-#include "trash/ConfirmedTrash.h"
+#include "OrreryCore/trash/ConfirmedTrash.h"
 
 #include <atomic>
 #include <memory>

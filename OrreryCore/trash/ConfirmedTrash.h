@@ -11,9 +11,9 @@
 #include <functional>
 #include <vector>
 
-#include "catalog/AppInfo.h"
-#include "trash/TrashOutcome.h"
-#include "trash/TrashService.h"
+#include "OrreryCore/catalog/AppInfo.h"
+#include "OrreryCore/trash/TrashOutcome.h"
+#include "OrreryCore/trash/TrashService.h"
 
 namespace orrery {
 

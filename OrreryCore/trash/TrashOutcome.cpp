@@ -1,8 +1,8 @@
-#include "trash/TrashOutcome.h"
+#include "OrreryCore/trash/TrashOutcome.h"
 
 #include <algorithm>
 
-#include "text/Localized.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery {
 

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "arrangement/Layout.h"
+#include "OrreryCore/arrangement/Layout.h"
 
 namespace orrery {
 

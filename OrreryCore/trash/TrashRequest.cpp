@@ -1,9 +1,9 @@
-#include "trash/TrashRequest.h"
+#include "OrreryCore/trash/TrashRequest.h"
 
 #include <algorithm>
 
-#include "text/Collation.h"
-#include "text/Localized.h"
+#include "OrreryCore/text/Collation.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery {
 

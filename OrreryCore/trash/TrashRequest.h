@@ -14,9 +14,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "arrangement/Layout.h"
-#include "catalog/AppInfo.h"
-#include "trash/ConfirmedTrash.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/catalog/AppInfo.h"
+#include "OrreryCore/trash/ConfirmedTrash.h"
 
 namespace orrery {
 

@@ -3,10 +3,10 @@
 #include <utility>
 #include <vector>
 
-#include "testing/LayoutBuilders.h"
-#include "trash/ConfirmedTrash.h"
-#include "trash/TrashOutcome.h"
-#include "trash/TrashRequest.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/trash/ConfirmedTrash.h"
+#include "OrreryCore/trash/TrashOutcome.h"
+#include "OrreryCore/trash/TrashRequest.h"
 
 namespace orrery {
 namespace {

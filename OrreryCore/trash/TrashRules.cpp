@@ -1,4 +1,4 @@
-#include "trash/TrashRules.h"
+#include "OrreryCore/trash/TrashRules.h"
 
 #include <array>
 #include <deque>

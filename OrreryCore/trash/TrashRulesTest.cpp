@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "testing/TemporaryDirectory.h"
-#include "trash/TrashRules.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
+#include "OrreryCore/trash/TrashRules.h"
 
 namespace orrery {
 namespace {

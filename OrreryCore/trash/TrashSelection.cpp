@@ -1,4 +1,4 @@
-#include "trash/TrashSelection.h"
+#include "OrreryCore/trash/TrashSelection.h"
 
 namespace orrery {
 

@@ -17,8 +17,8 @@
 #include <string>
 #include <unordered_map>
 
-#include "arrangement/Layout.h"
-#include "catalog/AppInfo.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery {
 

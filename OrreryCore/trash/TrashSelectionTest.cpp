@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "testing/LayoutBuilders.h"
-#include "trash/TrashSelection.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+#include "OrreryCore/trash/TrashSelection.h"
 
 namespace orrery {
 namespace {

@@ -1,8 +1,8 @@
-#include "triggers/HotCornerDetector.h"
+#include "OrreryCore/triggers/HotCornerDetector.h"
 
 #include <cmath>
 
-#include "triggers/EventFlags.h"
+#include "OrreryCore/triggers/EventFlags.h"
 
 namespace orrery {
 

@@ -19,8 +19,8 @@
 #include <optional>
 #include <span>
 
-#include "base/Geometry.h"
-#include "settings/TriggerEnums.h"
+#include "OrreryCore/base/Geometry.h"
+#include "OrreryCore/settings/TriggerEnums.h"
 
 namespace orrery {
 

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "triggers/EventFlags.h"
-#include "triggers/HotCornerDetector.h"
+#include "OrreryCore/triggers/EventFlags.h"
+#include "OrreryCore/triggers/HotCornerDetector.h"
 
 namespace orrery {
 namespace {

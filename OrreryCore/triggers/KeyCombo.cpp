@@ -1,12 +1,12 @@
-#include "triggers/KeyCombo.h"
+#include "OrreryCore/triggers/KeyCombo.h"
 
 #include <array>
 
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 
-#include "text/Localized.h"
-#include "triggers/EventFlags.h"
+#include "OrreryCore/text/Localized.h"
+#include "OrreryCore/triggers/EventFlags.h"
 
 namespace orrery::KeyCombo {
 

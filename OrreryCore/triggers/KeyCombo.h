@@ -20,7 +20,7 @@
 #include <string_view>
 #include <variant>
 
-#include "settings/HotKey.h"
+#include "OrreryCore/settings/HotKey.h"
 
 namespace orrery::KeyCombo {
 

@@ -5,9 +5,9 @@
 #include <set>
 #include <string>
 
-#include "text/Localized.h"
-#include "triggers/EventFlags.h"
-#include "triggers/KeyCombo.h"
+#include "OrreryCore/text/Localized.h"
+#include "OrreryCore/triggers/EventFlags.h"
+#include "OrreryCore/triggers/KeyCombo.h"
 
 namespace orrery {
 namespace {

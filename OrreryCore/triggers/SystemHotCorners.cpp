@@ -1,8 +1,8 @@
-#include "triggers/SystemHotCorners.h"
+#include "OrreryCore/triggers/SystemHotCorners.h"
 
 #include <cmath>
 
-#include "text/Localized.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery::SystemHotCorners {
 

@@ -18,7 +18,7 @@
 #include <string_view>
 #include <variant>
 
-#include "settings/TriggerEnums.h"
+#include "OrreryCore/settings/TriggerEnums.h"
 
 namespace orrery {
 

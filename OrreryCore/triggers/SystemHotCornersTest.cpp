@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "triggers/SystemHotCorners.h"
+#include "OrreryCore/triggers/SystemHotCorners.h"
 
 namespace orrery {
 namespace {

@@ -1,9 +1,9 @@
-#include "triggers/X11KeyTable.h"
+#include "OrreryCore/triggers/X11KeyTable.h"
 
 #include <array>
 
-#include "settings/HotKey.h"
-#include "triggers/EventFlags.h"
+#include "OrreryCore/settings/HotKey.h"
+#include "OrreryCore/triggers/EventFlags.h"
 
 namespace orrery::X11KeyTable {
 

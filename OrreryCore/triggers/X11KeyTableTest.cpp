@@ -2,9 +2,9 @@
 
 #include <set>
 
-#include "settings/HotKey.h"
-#include "triggers/KeyCombo.h"
-#include "triggers/X11KeyTable.h"
+#include "OrreryCore/settings/HotKey.h"
+#include "OrreryCore/triggers/KeyCombo.h"
+#include "OrreryCore/triggers/X11KeyTable.h"
 
 namespace orrery {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/bundle/AppBundleFormat.h"
+#include "Orrery/platform/bundle/AppBundleFormat.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,8 +10,8 @@
 #include <memory>
 #include <optional>
 
-#include "platform/OpenFolder.h"
-#include "platform/bundle/BundleInfo.h"
+#include "Orrery/platform/bundle/BundleInfo.h"
+#include "Orrery/platform/posix/OpenFolder.h"
 
 namespace orrery::platform {
 

@@ -19,7 +19,7 @@
 #include <string_view>
 #include <vector>
 
-#include "catalog/BundleFormat.h"
+#include "OrreryCore/catalog/BundleFormat.h"
 
 namespace orrery::platform {
 

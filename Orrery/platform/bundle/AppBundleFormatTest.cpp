@@ -11,9 +11,9 @@
 
 #include <plist/plist.h>
 
-#include "catalog/AppScanner.h"
-#include "platform/bundle/AppBundleFormat.h"
-#include "testing/TemporaryDirectory.h"
+#include "Orrery/platform/bundle/AppBundleFormat.h"
+#include "OrreryCore/catalog/AppScanner.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery::platform {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/bundle/BundleInfo.h"
+#include "Orrery/platform/bundle/BundleInfo.h"
 
 #include <algorithm>
 #include <cstdint>

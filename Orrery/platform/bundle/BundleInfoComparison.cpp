@@ -1,9 +1,9 @@
-#include "platform/bundle/BundleInfoComparison.h"
+#include "Orrery/platform/bundle/BundleInfoComparison.h"
 
 #include <optional>
 
-#include "platform/QuotedBytes.h"
-#include "platform/bundle/BundleInfo.h"
+#include "Orrery/platform/bundle/BundleInfo.h"
+#include "Orrery/platform/posix/QuotedBytes.h"
 
 namespace orrery::platform {
 

@@ -1,4 +1,4 @@
-#include "platform/bundle/BundleInfo.h"
+#include "Orrery/platform/bundle/BundleInfo.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,8 +10,8 @@
 
 #include <plist/plist.h>
 
-#include "platform/QuotedBytes.h"
-#include "platform/bundle/BundleInfoComparison.h"
+#include "Orrery/platform/bundle/BundleInfoComparison.h"
+#include "Orrery/platform/posix/QuotedBytes.h"
 
 namespace orrery::platform {
 namespace {

@@ -1,12 +1,12 @@
-#include "platform/xdg/DesktopEntryComparison.h"
+#include "Orrery/platform/xdg/DesktopEntryComparison.h"
 
 #include <glib.h>
 
 #include <optional>
 
-#include "platform/QuotedBytes.h"
-#include "platform/xdg/DesktopEntryFile.h"
-#include "platform/xdg/GLibDesktopEntry.h"
+#include "Orrery/platform/posix/QuotedBytes.h"
+#include "Orrery/platform/xdg/DesktopEntryFile.h"
+#include "Orrery/platform/xdg/GLibDesktopEntry.h"
 
 namespace orrery::platform {
 

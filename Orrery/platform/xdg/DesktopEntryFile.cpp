@@ -1,4 +1,4 @@
-#include "platform/xdg/DesktopEntryFile.h"
+#include "Orrery/platform/xdg/DesktopEntryFile.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "platform/xdg/DesktopEntryFile.h"
+#include "Orrery/platform/xdg/DesktopEntryFile.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/QuotedBytes.h"
-#include "platform/xdg/DesktopEntryComparison.h"
-#include "testing/ScopedVariable.h"
+#include "Orrery/platform/posix/QuotedBytes.h"
+#include "Orrery/platform/xdg/DesktopEntryComparison.h"
+#include "OrreryCore/testing/ScopedVariable.h"
 
 namespace orrery::platform {
 namespace {

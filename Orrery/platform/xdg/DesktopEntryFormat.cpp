@@ -1,4 +1,4 @@
-#include "platform/xdg/DesktopEntryFormat.h"
+#include "Orrery/platform/xdg/DesktopEntryFormat.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,9 +13,10 @@
 
 #include <glib.h>
 
-#include "platform/OpenFolder.h"
-#include "platform/xdg/DesktopEntryFile.h"
-#include "platform/xdg/GLibDesktopEntry.h"
+#include "Orrery/platform/posix/OpenFolder.h"
+#include "Orrery/platform/xdg/DesktopEntryFile.h"
+#include "Orrery/platform/xdg/GLibDesktopEntry.h"
+#include "Orrery/platform/xdg/XdgDirectories.h"
 
 namespace orrery::platform {
 
@@ -32,11 +33,6 @@ std::vector<std::string> split(std::string_view text, char separator) {
     start = end + 1;
   }
   return parts;
-}
-
-std::string withoutTrailingSlashes(std::string path) {
-  while (path.size() > 1 && path.back() == '/') path.pop_back();
-  return path;
 }
 
 // What g_find_program_in_path() accepts: a path with a slash is taken as it
@@ -208,26 +204,12 @@ class DesktopEntryReader final : public BundleFormat::Reader {
 }  // namespace
 
 DesktopEnvironment DesktopEnvironment::fromVariables(const std::function<const char*(const char*)>& lookup) {
-  const auto value = [&](const char* name) {
-    const char* text = lookup(name);
-    return std::string(text == nullptr ? "" : text);
-  };
-  const auto absolute = [](const std::string& path) { return !path.empty() && path.front() == '/'; };
-
+  XdgDirectories folders = XdgDirectories::fromVariables(lookup);
   DesktopEnvironment environment;
-  const std::string home = withoutTrailingSlashes(value("HOME"));
-  const std::string dataHome = value("XDG_DATA_HOME");
-  if (absolute(dataHome))
-    environment.dataHome = withoutTrailingSlashes(dataHome);
-  else if (absolute(home))
-    environment.dataHome = (home == "/" ? "" : home) + "/.local/share";
-
-  std::string dataDirs = value("XDG_DATA_DIRS");
-  if (dataDirs.empty()) dataDirs = "/usr/local/share/:/usr/share/";
-  for (std::string& folder : split(dataDirs, ':'))
-    if (absolute(folder)) environment.dataDirs.push_back(withoutTrailingSlashes(std::move(folder)));
-
-  for (std::string& desktop : split(value("XDG_CURRENT_DESKTOP"), ':'))
+  environment.dataHome = std::move(folders.dataHome);
+  environment.dataDirs = std::move(folders.dataDirs);
+  const char* desktops = lookup("XDG_CURRENT_DESKTOP");
+  for (std::string& desktop : split(desktops == nullptr ? "" : desktops, ':'))
     if (!desktop.empty()) environment.currentDesktops.push_back(std::move(desktop));
 
   // GLib's fallback when PATH is unset, so TryExec means what it means to GIO.

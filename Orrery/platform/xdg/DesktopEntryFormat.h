@@ -49,7 +49,7 @@
 #include <string_view>
 #include <vector>
 
-#include "catalog/BundleFormat.h"
+#include "OrreryCore/catalog/BundleFormat.h"
 
 namespace orrery::platform {
 

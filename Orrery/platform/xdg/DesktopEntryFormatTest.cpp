@@ -8,10 +8,10 @@
 #include <fstream>
 #include <map>
 
-#include "catalog/AppScanner.h"
-#include "platform/xdg/DesktopEntryFormat.h"
-#include "testing/ScopedVariable.h"
-#include "testing/TemporaryDirectory.h"
+#include "Orrery/platform/xdg/DesktopEntryFormat.h"
+#include "OrreryCore/catalog/AppScanner.h"
+#include "OrreryCore/testing/ScopedVariable.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery::platform {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/xdg/GLibDesktopEntry.h"
+#include "Orrery/platform/xdg/GLibDesktopEntry.h"
 
 #include <glib.h>
 

@@ -19,8 +19,8 @@
 #include <thread>
 #include <vector>
 
-#include "arrangement/Layout.h"
-#include "testing/TemporaryDirectory.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 extern char** environ;
 

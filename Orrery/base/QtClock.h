@@ -12,7 +12,7 @@
 
 #include <QObject>
 
-#include "shell/Clock.h"
+#include "Orrery/base/Clock.h"
 
 namespace orrery::app {
 

@@ -18,7 +18,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/Date.h"
+#include "OrreryCore/base/Date.h"
 
 namespace orrery::platform {
 

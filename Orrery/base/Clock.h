@@ -17,7 +17,7 @@
 #include <chrono>
 #include <functional>
 
-#include "base/Date.h"
+#include "OrreryCore/base/Date.h"
 
 namespace orrery::app {
 

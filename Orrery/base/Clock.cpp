@@ -1,4 +1,4 @@
-#include "shell/Clock.h"
+#include "Orrery/base/Clock.h"
 
 #include <utility>
 

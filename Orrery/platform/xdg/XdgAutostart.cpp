@@ -1,16 +1,14 @@
-#include "settings/XdgAutostart.h"
+#include "Orrery/platform/xdg/XdgAutostart.h"
 
 #include <QDir>
 #include <QFile>
 #include <QSaveFile>
 
-namespace orrery::app {
+namespace orrery::platform {
 
 namespace {
 
 enum class EntryState { missing, starts, startsNothing };
-
-bool isAbsolute(const QString& path) { return path.startsWith(QLatin1Char('/')); }
 
 // What the session makes of the autostart entry at `path`.
 EntryState readEntry(const QString& path) {
@@ -44,17 +42,11 @@ EntryState readEntry(const QString& path) {
 
 }  // namespace
 
-XdgAutostart::Locations XdgAutostart::processLocations() {
+XdgAutostart::Locations XdgAutostart::from(const XdgDirectories& folders) {
   Locations locations;
-  locations.configHome = qEnvironmentVariable("XDG_CONFIG_HOME");
-  if (!isAbsolute(locations.configHome)) {
-    const QString home = QDir::homePath();
-    locations.configHome = isAbsolute(home) ? home + QStringLiteral("/.config") : QString();
-  }
-  for (const QString& folder : qEnvironmentVariable("XDG_CONFIG_DIRS").split(QLatin1Char(':'))) {
-    if (isAbsolute(folder)) locations.configDirs.push_back(folder);
-  }
-  if (locations.configDirs.isEmpty()) locations.configDirs.push_back(QStringLiteral("/etc/xdg"));
+  locations.configHome = QString::fromStdString(folders.configHome);
+  for (const std::string& folder : folders.configDirs)
+    locations.configDirs.push_back(QString::fromStdString(folder));
   return locations;
 }
 
@@ -111,7 +103,7 @@ Expected<std::monostate, std::string> XdgAutostart::unregisterItem() {
   return std::monostate{};
 }
 
-LoginItem::Status XdgAutostart::status() const {
+app::LoginItem::Status XdgAutostart::status() const {
   QStringList folders;
   if (!locations_.configHome.isEmpty()) folders.push_back(locations_.configHome);
   folders.append(locations_.configDirs);
@@ -123,4 +115,4 @@ LoginItem::Status XdgAutostart::status() const {
   return Status::notRegistered;
 }
 
-}  // namespace orrery::app
+}  // namespace orrery::platform

@@ -1,4 +1,4 @@
-#include "shell/Logging.h"
+#include "Orrery/base/Logging.h"
 
 namespace orrery::app {
 

@@ -1,4 +1,4 @@
-#include "shell/QtClock.h"
+#include "Orrery/base/QtClock.h"
 
 #include <QPointer>
 #include <QTimer>

@@ -23,12 +23,13 @@
 #include <string>
 #include <variant>
 
-#include "base/Expected.h"
-#include "settings/LoginItem.h"
+#include "Orrery/platform/xdg/XdgDirectories.h"
+#include "Orrery/settings/LoginItem.h"
+#include "OrreryCore/base/Expected.h"
 
-namespace orrery::app {
+namespace orrery::platform {
 
-class XdgAutostart final : public LoginItem {
+class XdgAutostart final : public app::LoginItem {
  public:
   static constexpr const char* entryName = "orrery.desktop";
 
@@ -36,8 +37,7 @@ class XdgAutostart final : public LoginItem {
     QString configHome;      // $XDG_CONFIG_HOME, resolved
     QStringList configDirs;  // $XDG_CONFIG_DIRS, resolved, in priority order
   };
-  // From the process environment, with the XDG Base Directory defaults.
-  static Locations processLocations();
+  static Locations from(const XdgDirectories& folders);
 
   XdgAutostart(Locations locations, QString executable);
 
@@ -58,4 +58,4 @@ class XdgAutostart final : public LoginItem {
   QString executable_;
 };
 
-}  // namespace orrery::app
+}  // namespace orrery::platform
