@@ -43,20 +43,28 @@ struct Places {
 // than a scan: a shuffle of ten thousand items makes about as many moves.
 class PresenceCounts {
  public:
-  explicit PresenceCounts(std::size_t size) : tree_(size + 1, 0) {}
+  // Every slot present: each node counts the slots of its range, built
+  // bottom-up in one pass rather than one update per slot.
+  explicit PresenceCounts(std::size_t size) : tree_(size + 1, 0) {
+    for (std::size_t i = 1; i <= size; ++i) {
+      tree_[i] += 1;
+      if (const std::size_t parent = i + lowBit(i); parent <= size) tree_[parent] += tree_[i];
+    }
+  }
 
   void add(std::size_t slot, int delta) {
-    for (std::size_t i = slot + 1; i < tree_.size(); i += i & (~i + 1)) tree_[i] += delta;
+    for (std::size_t i = slot + 1; i < tree_.size(); i += lowBit(i)) tree_[i] += delta;
   }
   // How many slots before `slot` are present.
   Index before(std::size_t slot) const {
-    Index sum = 0;
-    for (std::size_t i = slot; i > 0; i -= i & (~i + 1)) sum += tree_[i];
+    std::int32_t sum = 0;
+    for (std::size_t i = slot; i > 0; i -= lowBit(i)) sum += tree_[i];
     return sum;
   }
 
  private:
-  std::vector<Index> tree_;
+  static std::size_t lowBit(std::size_t i) { return i & (~i + 1); }
+  std::vector<std::int32_t> tree_;  // half the cache lines of Index
 };
 
 // Positions (into `ranks`) of one longest strictly increasing subsequence,
@@ -65,19 +73,58 @@ std::vector<char> longestIncreasingRun(const std::vector<std::uint32_t>& ranks) 
   std::vector<std::uint32_t> tails;  // position of the smallest tail of each run length
   std::vector<std::uint32_t> previous(ranks.size(), kAbsent);
   for (std::uint32_t i = 0; i < ranks.size(); ++i) {
+    // Mostly the survivors are in order already and the run just grows.
+    if (tails.empty() || ranks[tails.back()] < ranks[i]) {
+      if (!tails.empty()) previous[i] = tails.back();
+      tails.push_back(i);
+      continue;
+    }
     const auto at =
         std::lower_bound(tails.begin(), tails.end(), ranks[i],
                          [&](std::uint32_t position, std::uint32_t rank) { return ranks[position] < rank; });
     if (at != tails.begin()) previous[i] = *(at - 1);
-    if (at == tails.end()) {
-      tails.push_back(i);
-    } else {
-      *at = i;
-    }
+    *at = i;
   }
   std::vector<char> inRun(ranks.size(), 0);
   for (std::uint32_t i = tails.empty() ? kAbsent : tails.back(); i != kAbsent; i = previous[i]) inRun[i] = 1;
   return inRun;
+}
+
+// Step 2 for the survivors outside the longest run (see diff() below).
+void appendMoves(const std::vector<LayoutItem>& oldItems, const std::vector<std::uint32_t>& kept,
+                 const std::vector<std::uint32_t>& ranks, const std::vector<std::uint32_t>& keptAtRank,
+                 const std::vector<char>& stays, std::vector<LayoutChange>& changes) {
+  // Every position a survivor will ever hold gets a slot on one line,
+  // ordered as the finished list: first the movers that go before every
+  // staying item, then each survivor's original slot, a staying one followed
+  // by the movers that come after it up to the next staying one. At every
+  // step the occupied slots, left to right, are the current list, so an
+  // item's index is the number of occupied slots before its own.
+  std::vector<std::uint32_t> originalSlot(kept.size());
+  std::vector<std::uint32_t> moverSlot(kept.size(), kAbsent);
+  std::uint32_t nextSlot = 0;
+  const auto placeMoversFrom = [&](std::uint32_t rank) {
+    for (; rank < kept.size() && !stays[keptAtRank[rank]]; ++rank) moverSlot[keptAtRank[rank]] = nextSlot++;
+  };
+  placeMoversFrom(0);
+  for (std::uint32_t p = 0; p < kept.size(); ++p) {
+    originalSlot[p] = nextSlot++;
+    if (stays[p]) placeMoversFrom(ranks[p] + 1);
+  }
+  PresenceCounts present(nextSlot);
+  for (std::uint32_t p = 0; p < kept.size(); ++p)
+    if (!stays[p]) present.add(moverSlot[p], -1);
+  // Movers go in final order, each landing right after the survivor that
+  // precedes it in `after`, which is in place by then.
+  for (std::uint32_t rank = 0; rank < kept.size(); ++rank) {
+    const std::uint32_t p = keptAtRank[rank];
+    if (stays[p]) continue;
+    const Index from = present.before(originalSlot[p]);
+    present.add(originalSlot[p], -1);
+    const Index to = present.before(moverSlot[p]);
+    present.add(moverSlot[p], 1);
+    changes.push_back({LayoutChange::Kind::moved, oldItems[kept[p]].key(), from, to});
+  }
 }
 
 LayoutDiff replaceAll(const Layout& before, const Layout& after) {
@@ -98,7 +145,9 @@ LayoutDiff diff(const Layout& before, const Layout& after) {
   const auto& newItems = after.items;
 
   // Both sides in one table; a key seen twice on one side gives up matching.
-  FlatMap<KeyView, Places, KeyViewHash> places(oldItems.size() + newItems.size());
+  // Sized for the old side: most edits add few items, and a smaller index
+  // stays in cache.
+  FlatMap<KeyView, Places, KeyViewHash> places(oldItems.size() + 16);
   for (std::uint32_t i = 0; i < oldItems.size(); ++i)
     if (!places.tryEmplace(keyView(oldItems[i]), Places{i, kAbsent}).second) return replaceAll(before, after);
   // Each new item's index in `before`.
@@ -142,35 +191,9 @@ LayoutDiff diff(const Layout& before, const Layout& after) {
   }
   const std::vector<char> stays = longestIncreasingRun(ranks);
 
-  // Every position a survivor will ever hold gets a slot on one line,
-  // ordered as the finished list: first the movers that go before every
-  // staying item, then each survivor's original slot, a staying one followed
-  // by the movers that come after it up to the next staying one. At every
-  // step the occupied slots, left to right, are the current list, so an
-  // item's index is the number of occupied slots before its own.
-  std::vector<std::uint32_t> originalSlot(kept.size());
-  std::vector<std::uint32_t> moverSlot(kept.size(), kAbsent);
-  std::uint32_t nextSlot = 0;
-  const auto placeMoversFrom = [&](std::uint32_t rank) {
-    for (; rank < kept.size() && !stays[keptAtRank[rank]]; ++rank) moverSlot[keptAtRank[rank]] = nextSlot++;
-  };
-  placeMoversFrom(0);
-  for (std::uint32_t p = 0; p < kept.size(); ++p) {
-    originalSlot[p] = nextSlot++;
-    if (stays[p]) placeMoversFrom(ranks[p] + 1);
-  }
-  PresenceCounts present(nextSlot);
-  for (std::uint32_t p = 0; p < kept.size(); ++p) present.add(originalSlot[p], 1);
-  // Movers go in final order, each landing right after the survivor that
-  // precedes it in `after`, which is in place by then.
-  for (std::uint32_t rank = 0; rank < kept.size(); ++rank) {
-    const std::uint32_t p = keptAtRank[rank];
-    if (stays[p]) continue;
-    const Index from = present.before(originalSlot[p]);
-    present.add(originalSlot[p], -1);
-    const Index to = present.before(moverSlot[p]);
-    present.add(moverSlot[p], 1);
-    changes.push_back({LayoutChange::Kind::moved, oldItems[kept[p]].key(), from, to});
+  if (const auto movers = std::ranges::count(stays, 0); movers > 0) {
+    changes.reserve(changes.size() + static_cast<std::size_t>(movers));
+    appendMoves(oldItems, kept, ranks, keptAtRank, stays, changes);
   }
 
   // 3. Insertions, first to last: everything before each is in place.
