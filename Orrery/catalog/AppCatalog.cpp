@@ -9,7 +9,6 @@
 #include "Orrery/base/Logging.h"
 #include "Orrery/platform/posix/ProcessEnvironment.h"
 #include "OrreryCore/catalog/ScanGuard.h"
-#include "OrreryCore/text/Localized.h"
 
 namespace orrery::app {
 
@@ -27,29 +26,18 @@ long count(std::size_t n) { return static_cast<long>(n); }
 
 }  // namespace
 
-AppCatalog::AppCatalog(std::shared_ptr<const Scanner> scanner, LayoutStore store, bool syncEnabled,
+AppCatalog::AppCatalog(std::shared_ptr<const Scanner> scanner, ArrangementController& arrangement,
                        Clock& clock, QObject* parent)
     : QObject(parent),
       scanner_(std::move(scanner)),
-      store_(std::move(store)),
+      arrangement_(arrangement),
       clock_(clock),
-      syncEnabled_(syncEnabled),
       mailbox_(std::make_shared<Mailbox>()) {
   mailbox_->catalog = this;
   pool_.setMaxThreadCount(1);
   pool_.setThreadPriority(QThread::LowPriority);
   // The thread stays for the next scan instead of waking up to expire.
   pool_.setExpiryTimeout(-1);
-
-  LayoutStore::LoadResult loaded = store_.loadWithStatus();
-  layout_ = loaded.layout;
-  shared_ = std::move(loaded.layout);
-  if (loaded.mainUnreadable) {
-    storageProblem_ =
-        text::localized("layout.json can't be read (check access permissions).",
-                        "Error after saving the arrangement failed: the existing file cannot be read");
-    qCCritical(catalogLog, "layout.json nicht lesbar; Anordnung kann nicht gespeichert werden");
-  }
 }
 
 AppCatalog::~AppCatalog() {
@@ -116,7 +104,9 @@ void AppCatalog::process(const std::vector<AppInfo>& scanned, bool confirming) {
   // Before the first projection with sync on, the shared arrangement also
   // names other machines' apps; measuring this machine's scan against them
   // would hold back every first scan.
-  const AppIDSet referenced = syncEnabled_ && !projectionIDs_ ? AppIDSet{} : layout_.referencedAppIDs();
+  const AppIDSet referenced = arrangement_.syncEnabled() && !arrangement_.projectionIDs()
+                                  ? AppIDSet{}
+                                  : arrangement_.layout().referencedAppIDs();
   const std::size_t baseline = std::max(apps_.size(), referenced.size());
   const std::size_t n = scanned.size();
 
@@ -147,30 +137,10 @@ void AppCatalog::process(const std::vector<AppInfo>& scanned, bool confirming) {
   const bool appsChanged = installed != apps_;
   apps_ = std::move(installed);
 
-  AppIDSet ids;
-  ids.reserve(apps_.size());
-  for (const auto& [id, app] : apps_) ids.insert(id);
-  projectionIDs_ = ids;
-
-  Layout newShared;
-  Layout newLayout;
-  if (!syncEnabled_) {
-    newShared = layout_.reconciled(outcome.installed, outcome.keep);
-    newLayout = newShared;
-  } else {
-    const LayoutProjection projection = shared_.projected(ids);
-    const Layout reconciled = projection.visible.reconciled(outcome.installed, outcome.keep);
-    newShared = shared_.embedding(reconciled, projection, ids);
-    newLayout = newShared.projected(ids).visible;
-  }
-  setLayout(std::move(newLayout));
-  if (newShared != shared_) {
-    shared_ = std::move(newShared);
-    persist();
-  }
+  arrangement_.reconcile(outcome.installed, outcome.keep);
 
   if (appsChanged) emit changed();
-  emit scanApplied(ids, confirming);
+  emit scanApplied(*arrangement_.projectionIDs(), confirming);
 }
 
 void AppCatalog::requestConfirmingScan() {
@@ -189,51 +159,6 @@ void AppCatalog::scheduleRecheck(Date at) {
     recheck_ = ScheduledAction();
     rescan(false);
   });
-}
-
-void AppCatalog::mutate(const Edit& edit) {
-  Layout edited = layout_;
-  edit(edited);
-  const bool arrangementChanged = edited != layout_;
-  if (!projectionIDs_ || !syncEnabled_) {
-    shared_ = edited;
-    setLayout(std::move(edited));
-  } else {
-    const LayoutProjection projection = shared_.projected(*projectionIDs_);
-    shared_ = shared_.embedding(edited, projection, *projectionIDs_);
-    setLayout(shared_.projected(*projectionIDs_).visible);
-  }
-  persist();
-  if (arrangementChanged) emit userChanged();
-}
-
-void AppCatalog::applyShared(Layout layout) {
-  shared_ = std::move(layout);
-  setLayout(projectionIDs_ ? shared_.projected(*projectionIDs_).visible : shared_);
-  persist();
-}
-
-void AppCatalog::persist() {
-  const auto saved = store_.save(shared_);
-  if (!saved) {
-    const std::string description = saved.error().description();
-    qCCritical(catalogLog, "Layout konnte nicht gespeichert werden: %s", description.c_str());
-    setStorageProblem(description);
-    return;
-  }
-  setStorageProblem(std::nullopt);
-}
-
-void AppCatalog::setLayout(Layout layout) {
-  if (layout == layout_) return;
-  layout_ = std::move(layout);
-  emit layoutChanged();
-}
-
-void AppCatalog::setStorageProblem(std::optional<std::string> problem) {
-  if (problem == storageProblem_) return;
-  storageProblem_ = std::move(problem);
-  emit storageProblemChanged();
 }
 
 }  // namespace orrery::app

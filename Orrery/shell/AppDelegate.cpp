@@ -33,9 +33,13 @@ AppDelegate::AppDelegate(std::filesystem::path dataDirectory, QObject* parent)
   installTranslator();
   // Before anything sorts names: the catalog orders new apps by name.
   text::setDefaultLocale(platform::collationLocale());
+  arrangement_ = std::make_unique<ArrangementController>(LayoutStore(dataDirectory_),
+                                                         catalogSyncEnabled(loadedSyncState()));
   catalog_ = std::make_unique<AppCatalog>(std::make_shared<FolderScanner>(platform::makeAppScanner()),
-                                          LayoutStore(dataDirectory_), catalogSyncEnabled(loadedSyncState()),
-                                          clock_);
+                                          *arrangement_, clock_);
+  // The last edit reaches the disk before the event loop ends.
+  connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, arrangement_.get(),
+          &ArrangementController::flush);
   settings_ = std::make_unique<SettingsStore>(defaults_);
   loginItem_ = platform::makeLoginItem(QCoreApplication::applicationFilePath());
   if (loginItem_) launchAtLogin_ = std::make_unique<LaunchAtLogin>(*settings_, *loginItem_);
@@ -51,7 +55,7 @@ const SyncStateStore::LoadResult& AppDelegate::loadedSyncState() {
 void AppDelegate::launch() {
   if (launched_) return;
   launched_ = true;
-  startupSyncState_ = loadedSyncState().treatingExistingLayout(catalog_->shared());
+  startupSyncState_ = loadedSyncState().treatingExistingLayout(arrangement_->shared());
   catalog_->start();
   if (launchAtLogin_) launchAtLogin_->refresh();
   qCInfo(shellLog, "Orrery gestartet; Daten in %s", dataDirectory_.c_str());

@@ -2,8 +2,9 @@
 // together; no logic of its own beyond that.
 //
 // Construction makes, in this order: the sync state as loaded at start
-// (once; it decides whether the catalog starts in sync mode), the catalog
-// over the platform's scanner and the arrangement file in the data folder,
+// (once; it decides whether the arrangement starts in sync mode), the
+// arrangement's owner over the arrangement file in the data folder, the
+// catalog over the platform's scanner,
 // and the settings store over the application's settings. launch(), called
 // once the event loop runs, adjusts the sync state to the existing
 // arrangement, starts the catalog (first scan, folder watching) and makes
@@ -23,6 +24,7 @@
 
 #include "Orrery/base/QtClock.h"
 #include "Orrery/catalog/AppCatalog.h"
+#include "Orrery/catalog/ArrangementController.h"
 #include "Orrery/settings/LaunchAtLogin.h"
 #include "Orrery/settings/LoginItem.h"
 #include "Orrery/settings/QSettingsKeyValueStore.h"
@@ -44,6 +46,7 @@ class AppDelegate final : public QObject {
 
   void launch();
 
+  ArrangementController& arrangement() { return *arrangement_; }
   AppCatalog& catalog() { return *catalog_; }
   SettingsStore& settings() { return *settings_; }
   // The sync state the sync engine will start from; set by launch().
@@ -58,7 +61,8 @@ class AppDelegate final : public QObject {
   std::optional<SyncStateStore::LoadResult> loadedSyncState_;
   std::optional<SyncStateStore::LoadResult> startupSyncState_;
 
-  std::unique_ptr<AppCatalog> catalog_;
+  std::unique_ptr<ArrangementController> arrangement_;
+  std::unique_ptr<AppCatalog> catalog_;  // after arrangement_, which it uses
   QSettingsKeyValueStore defaults_;
   std::unique_ptr<SettingsStore> settings_;
   std::unique_ptr<LoginItem> loginItem_;  // none where the platform has no adapter

@@ -46,11 +46,13 @@ class AppCatalogTest : public ::testing::Test {
     // A scan still held would keep the catalog's pool from finishing.
     scanner->release();
     catalog.reset();
+    arrangement.reset();
   }
 
   AppCatalog& make(bool syncEnabled = false) {
-    catalog = std::make_unique<AppCatalog>(
-        scanner, LayoutStore(folderPath, files, [this] { return clock.now(); }), syncEnabled, clock);
+    arrangement = std::make_unique<ArrangementController>(
+        LayoutStore(folderPath, files, [this] { return clock.now(); }), syncEnabled);
+    catalog = std::make_unique<AppCatalog>(scanner, *arrangement, clock);
     QObject::connect(catalog.get(), &AppCatalog::scanApplied,
                      [this](const AppIDSet& installed, bool confirming) {
                        applied.push_back({installed, confirming});
@@ -62,6 +64,7 @@ class AppCatalogTest : public ::testing::Test {
   void settle() {
     ASSERT_TRUE(QTest::qWaitFor([this] { return !catalog->isScanning(); }, 10'000))
         << "a scan never finished";
+    arrangement->flush();
   }
 
   AppCatalog& started(std::vector<AppInfo> apps, bool syncEnabled = false) {
@@ -71,7 +74,9 @@ class AppCatalogTest : public ::testing::Test {
     return *catalog;
   }
 
-  std::optional<Layout> savedLayout() const {
+  // What layout.json holds once every save has finished.
+  std::optional<Layout> savedLayout() {
+    arrangement->flush();
     const auto bytes = files.contents(folderPath / "layout.json");
     if (!bytes) return std::nullopt;
     auto decoded = Layout::decode(*bytes);
@@ -80,11 +85,18 @@ class AppCatalogTest : public ::testing::Test {
   }
 
   // Whether layout.json was replaced since the journal was last cleared.
-  bool savedSinceClear() const {
+  bool savedSinceClear() {
+    arrangement->flush();
     for (const auto& event : files.journal()) {
       if (event.operation == FileOperation::rename && !event.failed) return true;
     }
     return false;
+  }
+
+  // The storage problem once every save has finished.
+  std::optional<std::string> problem() {
+    arrangement->flush();
+    return arrangement->storageProblem();
   }
 
   void writeLayout(const Layout& layout) { files.writeFile(folderPath / "layout.json", layout.encoded()); }
@@ -95,6 +107,7 @@ class AppCatalogTest : public ::testing::Test {
   std::shared_ptr<FakeScanner> scanner = std::make_shared<FakeScanner>();
   std::vector<Applied> applied;
   LogCapture log;
+  std::unique_ptr<ArrangementController> arrangement;
   std::unique_ptr<AppCatalog> catalog;
 };
 
@@ -147,7 +160,7 @@ TEST_F(AppCatalogTest, DestroyingTheCatalogWhileItScansDropsTheResult) {
 
 TEST_F(AppCatalogTest, AShortScanIsHeldAndConfirmedFiveSecondsLater) {
   started(numberedApps(40));
-  const Layout full = catalog->layout();
+  const Layout full = arrangement->layout();
   ASSERT_EQ(full.items.size(), 40u);
   applied.clear();
 
@@ -159,7 +172,7 @@ TEST_F(AppCatalogTest, AShortScanIsHeldAndConfirmedFiveSecondsLater) {
       log.contains("ch.lumenfold.orrery.catalog: Scan fand nur 15 von 40 Apps; Bestätigungsscan in 5 s"));
   EXPECT_TRUE(applied.empty());
   EXPECT_EQ(catalog->apps().size(), 40u);
-  EXPECT_EQ(catalog->layout(), full);
+  EXPECT_EQ(arrangement->layout(), full);
 
   clock.advance(4999ms);
   EXPECT_FALSE(catalog->isScanning());
@@ -171,7 +184,7 @@ TEST_F(AppCatalogTest, AShortScanIsHeldAndConfirmedFiveSecondsLater) {
   ASSERT_EQ(applied.size(), 1u);
   EXPECT_TRUE(applied[0].confirming);
   // Applied, yet the missing apps keep their places for the grace period.
-  EXPECT_EQ(catalog->layout(), full);
+  EXPECT_EQ(arrangement->layout(), full);
   EXPECT_TRUE(log.contains(
       "ch.lumenfold.orrery.catalog: 25 bekannte App(s) fehlen im Scan; Entfernen erst nach Bestätigung"));
 
@@ -182,8 +195,8 @@ TEST_F(AppCatalogTest, AShortScanIsHeldAndConfirmedFiveSecondsLater) {
   clock.advance(5s);
   settle();
   EXPECT_EQ(catalog->apps().size(), 15u);
-  EXPECT_EQ(catalog->layout().items.size(), 15u);
-  EXPECT_EQ(savedLayout(), catalog->layout());
+  EXPECT_EQ(arrangement->layout().items.size(), 15u);
+  EXPECT_EQ(savedLayout(), arrangement->layout());
 }
 
 TEST_F(AppCatalogTest, HalfOfTheKnownAppsIsAppliedAtOnce) {
@@ -202,7 +215,7 @@ TEST_F(AppCatalogTest, HalfOfTheKnownAppsIsAppliedAtOnce) {
 
   clock.advance(15500ms);  // the recheck removes the other twenty
   settle();
-  EXPECT_EQ(catalog->layout().items.size(), 20u);
+  EXPECT_EQ(arrangement->layout().items.size(), 20u);
 }
 
 TEST_F(AppCatalogTest, ADeletedAppStaysTwentySecondsAndLeavesAtTheRecheck) {
@@ -212,18 +225,18 @@ TEST_F(AppCatalogTest, ADeletedAppStaysTwentySecondsAndLeavesAtTheRecheck) {
   scanner->setApps(appInfos({"a", "b"}));
   catalog->foldersChanged();
   settle();
-  EXPECT_EQ(describe(catalog->layout()), "a b c");
+  EXPECT_EQ(describe(arrangement->layout()), "a b c");
   EXPECT_TRUE(catalog->apps().contains("c"));
   EXPECT_EQ(appsChanged.count(), 0);
 
   clock.advance(20499ms);
   EXPECT_FALSE(catalog->isScanning());
-  EXPECT_EQ(describe(catalog->layout()), "a b c");
+  EXPECT_EQ(describe(arrangement->layout()), "a b c");
 
   clock.advance(1ms);
   EXPECT_TRUE(catalog->isScanning());
   settle();
-  EXPECT_EQ(describe(catalog->layout()), "a b");
+  EXPECT_EQ(describe(arrangement->layout()), "a b");
   EXPECT_FALSE(catalog->apps().contains("c"));
   EXPECT_EQ(describe(*savedLayout()), "a b");
   EXPECT_EQ(appsChanged.count(), 1);
@@ -242,7 +255,7 @@ TEST_F(AppCatalogTest, AnAppBackBeforeTheRecheckKeepsItsPlace) {
   settle();
   clock.advance(20s);  // the recheck finds nothing to remove
   settle();
-  EXPECT_EQ(describe(catalog->layout()), "c [Tools: a b]");
+  EXPECT_EQ(describe(arrangement->layout()), "c [Tools: a b]");
 }
 
 TEST_F(AppCatalogTest, AnEmptyScanIsDroppedAndWritesNothing) {
@@ -254,7 +267,7 @@ TEST_F(AppCatalogTest, AnEmptyScanIsDroppedAndWritesNothing) {
   settle();
   EXPECT_TRUE(log.contains(
       "ch.lumenfold.orrery.catalog: Scan fand keine Apps; Ergebnis verworfen, Layout bleibt unverändert"));
-  EXPECT_EQ(describe(catalog->layout()), "a b c");
+  EXPECT_EQ(describe(arrangement->layout()), "a b c");
   EXPECT_EQ(catalog->apps().size(), 3u);
   EXPECT_FALSE(savedSinceClear());
   EXPECT_EQ(clock.pendingCount(), 0u);
@@ -275,49 +288,51 @@ TEST_F(AppCatalogTest, AScanThatChangesNothingWritesNothing) {
 
 TEST_F(AppCatalogTest, AUserEditSavesAtOnceAndSignalsOnlyRealChanges) {
   started(appInfos({"a", "b", "c"}));
-  QSignalSpy userChanged(catalog.get(), &AppCatalog::userChanged);
+  QSignalSpy userChanged(arrangement.get(), &ArrangementController::userChanged);
   files.clearJournal();
 
-  catalog->mutate([](Layout& layout) { layout.move(0, 2); });
-  EXPECT_EQ(describe(catalog->layout()), "b c a");
-  EXPECT_EQ(catalog->shared(), catalog->layout());
-  EXPECT_EQ(savedLayout(), catalog->layout());
+  arrangement->mutate([](Layout& layout) { layout.move(0, 2); });
+  EXPECT_EQ(describe(arrangement->layout()), "b c a");
+  EXPECT_EQ(arrangement->shared(), arrangement->layout());
+  EXPECT_EQ(savedLayout(), arrangement->layout());
   EXPECT_EQ(userChanged.count(), 1);
 
   files.clearJournal();
-  catalog->mutate([](Layout& layout) { layout.move(1, 1); });
+  arrangement->mutate([](Layout& layout) { layout.move(1, 1); });
   EXPECT_TRUE(savedSinceClear());
   EXPECT_EQ(userChanged.count(), 1);
 }
 
 TEST_F(AppCatalogTest, AFailedSaveSetsTheProblemAndTheNextGoodSaveClearsIt) {
   started(appInfos({"a", "b", "c"}));
-  QSignalSpy problemChanged(catalog.get(), &AppCatalog::storageProblemChanged);
+  QSignalSpy problemChanged(arrangement.get(), &ArrangementController::storageProblemChanged);
 
   files.inject(MemoryFileSystem::Fault::error(FileError::Code::accessDenied, 1,
                                               MemoryFileSystem::Persistence::fromThenOn)
                    .only(FileOperation::read)
                    .onPath(folderPath / "layout.json"));
-  catalog->mutate([](Layout& layout) { layout.hide("a"); });
-  EXPECT_EQ(catalog->storageProblem(), "layout.json can't be read (check access permissions).");
+  arrangement->mutate([](Layout& layout) { layout.hide("a"); });
+  EXPECT_EQ(problem(), "layout.json can't be read (check access permissions).");
   EXPECT_TRUE(log.contains(
       "ch.lumenfold.orrery.catalog: Layout konnte nicht gespeichert werden: layout.json can't be read (check "
       "access permissions)."));
-  EXPECT_EQ(describe(catalog->layout()), "b c | hidden: a");  // kept in memory
-  catalog->mutate([](Layout& layout) { layout.hide("b"); });
+  EXPECT_EQ(describe(arrangement->layout()), "b c | hidden: a");  // kept in memory
+  arrangement->mutate([](Layout& layout) { layout.hide("b"); });
+  arrangement->flush();
   EXPECT_EQ(problemChanged.count(), 1);  // the same text is not announced twice
 
   files.clearFaults();
-  catalog->mutate([](Layout&) {});
-  EXPECT_EQ(catalog->storageProblem(), std::nullopt);
+  arrangement->mutate([](Layout&) {});
+  EXPECT_EQ(problem(), std::nullopt);
   EXPECT_EQ(problemChanged.count(), 2);
   EXPECT_EQ(describe(*savedLayout()), "c | hidden: a b");
 
   // A full disk shows the file system's own sentence.
   files.inject(MemoryFileSystem::Fault::error(FileError::Code::noSpace).only(FileOperation::write));
-  catalog->mutate([](Layout& layout) { layout.move(0, 0); });
-  ASSERT_TRUE(catalog->storageProblem().has_value());
-  EXPECT_NE(catalog->storageProblem()->find("enough space"), std::string::npos) << *catalog->storageProblem();
+  arrangement->mutate([](Layout& layout) { layout.move(0, 0); });
+  const std::optional<std::string> fullDisk = problem();
+  ASSERT_TRUE(fullDisk.has_value());
+  EXPECT_NE(fullDisk->find("enough space"), std::string::npos) << *fullDisk;
 }
 
 TEST_F(AppCatalogTest, AnUnreadableFileAtStartIsReportedAndNeverOverwritten) {
@@ -327,14 +342,15 @@ TEST_F(AppCatalogTest, AnUnreadableFileAtStartIsReportedAndNeverOverwritten) {
                    .only(FileOperation::read)
                    .onPath(folderPath / "layout.json"));
   make();
-  EXPECT_EQ(catalog->storageProblem(), "layout.json can't be read (check access permissions).");
+  EXPECT_EQ(problem(), "layout.json can't be read (check access permissions).");
   EXPECT_TRUE(log.contains(
       "ch.lumenfold.orrery.catalog: layout.json nicht lesbar; Anordnung kann nicht gespeichert werden"));
 
   scanner->setApps(appInfos({"a", "b", "c"}));
   catalog->start();
   settle();
-  catalog->mutate([](Layout& layout) { layout.move(0, 1); });
+  arrangement->mutate([](Layout& layout) { layout.move(0, 1); });
+  arrangement->flush();
   files.clearFaults();
   EXPECT_EQ(describe(*savedLayout()), "b a");
 }
@@ -345,13 +361,13 @@ TEST_F(AppCatalogTest, WithSyncOnOtherMachinesAppsStayInTheSharedArrangement) {
   writeLayout(layoutOf({app("x"), app("a"), folder("Work", {"b", "y"})}));
   started(appInfos({"a", "b", "c"}), /*syncEnabled=*/true);
 
-  EXPECT_EQ(describe(catalog->layout()), "a b c");
-  EXPECT_EQ(describe(catalog->shared()), "x a [Work: b y] c");
-  EXPECT_EQ(savedLayout(), catalog->shared());
+  EXPECT_EQ(describe(arrangement->layout()), "a b c");
+  EXPECT_EQ(describe(arrangement->shared()), "x a [Work: b y] c");
+  EXPECT_EQ(savedLayout(), arrangement->shared());
 
-  catalog->mutate([](Layout& layout) { layout.move(2, 0); });
-  EXPECT_EQ(describe(catalog->layout()), "c a b");
-  const Layout shared = catalog->shared();
+  arrangement->mutate([](Layout& layout) { layout.move(2, 0); });
+  EXPECT_EQ(describe(arrangement->layout()), "c a b");
+  const Layout shared = arrangement->shared();
   for (const char* id : {"x", "y"}) EXPECT_TRUE(shared.referencedAppIDs().contains(id)) << id;
   EXPECT_EQ(savedLayout(), shared);
 
@@ -361,8 +377,8 @@ TEST_F(AppCatalogTest, WithSyncOnOtherMachinesAppsStayInTheSharedArrangement) {
   settle();
   clock.advance(20500ms);
   settle();
-  EXPECT_EQ(describe(catalog->layout()), "c a");
-  EXPECT_TRUE(catalog->shared().referencedAppIDs().contains("b"));
+  EXPECT_EQ(describe(arrangement->layout()), "c a");
+  EXPECT_TRUE(arrangement->shared().referencedAppIDs().contains("b"));
 }
 
 TEST_F(AppCatalogTest, WithSyncOnTheFirstScanIsNotMeasuredAgainstOtherMachinesApps) {
@@ -372,21 +388,21 @@ TEST_F(AppCatalogTest, WithSyncOnTheFirstScanIsNotMeasuredAgainstOtherMachinesAp
 
   started(appInfos({"a", "b", "c"}), /*syncEnabled=*/true);
   EXPECT_FALSE(log.containsPrefix("ch.lumenfold.orrery.catalog: Scan fand nur"));
-  EXPECT_EQ(describe(catalog->layout()), "a b c");
-  EXPECT_EQ(catalog->shared().items.size(), 33u);
+  EXPECT_EQ(describe(arrangement->layout()), "a b c");
+  EXPECT_EQ(arrangement->shared().items.size(), 33u);
 }
 
 TEST_F(AppCatalogTest, ASharedArrangementFromElsewhereIsProjectedOntoThisMachine) {
   make(/*syncEnabled=*/true);
-  catalog->applyShared(layoutOf({app("x"), app("a")}));
-  EXPECT_EQ(describe(catalog->layout()), "x a");  // no scan yet: shown as received
+  arrangement->applyShared(layoutOf({app("x"), app("a")}));
+  EXPECT_EQ(describe(arrangement->layout()), "x a");  // no scan yet: shown as received
 
   scanner->setApps(appInfos({"a", "b"}));
   catalog->start();
   settle();
-  QSignalSpy layoutChanged(catalog.get(), &AppCatalog::layoutChanged);
-  catalog->applyShared(layoutOf({app("b"), app("q"), app("a"), app("x")}));
-  EXPECT_EQ(describe(catalog->layout()), "b a");
+  QSignalSpy layoutChanged(arrangement.get(), &ArrangementController::layoutChanged);
+  arrangement->applyShared(layoutOf({app("b"), app("q"), app("a"), app("x")}));
+  EXPECT_EQ(describe(arrangement->layout()), "b a");
   EXPECT_EQ(layoutChanged.count(), 1);
   EXPECT_EQ(describe(*savedLayout()), "b q a x");
 }
