@@ -2,8 +2,9 @@
 
 #include <QStringList>
 
-#include <algorithm>
 #include <cstddef>
+
+#include "Orrery/overlay/DiffReplay.h"
 
 namespace orrery::app {
 
@@ -44,6 +45,8 @@ QVariant ArrangementListModel::data(const QModelIndex& index, int role) const {
       return folder != nullptr ? QString::fromStdString(folder->id.text()) : QString();
     case FolderNameRole:
       return folder != nullptr ? QString::fromStdString(folder->name) : QString();
+    case NameRole:
+      return folder != nullptr ? QString::fromStdString(folder->name) : appName(*item.appID());
     case FolderAppIDsRole: {
       QStringList appIDs;
       if (folder != nullptr) {
@@ -62,64 +65,61 @@ QHash<int, QByteArray> ArrangementListModel::roleNames() const {
           {FolderIDRole, "folderID"}, {FolderNameRole, "folderName"}, {FolderAppIDsRole, "folderAppIDs"}};
 }
 
+void ArrangementListModel::setApps(const std::unordered_map<std::string, AppInfo>& apps) {
+  std::unordered_map<std::string, std::string> names;
+  names.reserve(apps.size());
+  for (const auto& [id, app] : apps) names.emplace(id, app.name);
+  if (names == names_) return;
+  std::swap(names_, names);
+  // Only app rows can show another name; announce the span they cover.
+  int first = -1;
+  int last = -1;
+  for (std::size_t i = 0; i < items_.size(); ++i) {
+    const std::string* appID = items_[i].appID();
+    if (appID == nullptr) continue;
+    const auto before = names.find(*appID);
+    const auto now = names_.find(*appID);
+    const bool same = (before == names.end()) == (now == names_.end()) &&
+                      (before == names.end() || before->second == now->second);
+    if (same) continue;
+    if (first < 0) first = static_cast<int>(i);
+    last = static_cast<int>(i);
+  }
+  if (first >= 0) emit dataChanged(index(first), index(last), {NameRole});
+}
+
+QString ArrangementListModel::appName(const std::string& appID) const {
+  const auto found = names_.find(appID);
+  return QString::fromStdString(found == names_.end() ? appID : found->second);
+}
+
 void ArrangementListModel::replay(const LayoutDiff& diff, const Layout& after) {
-  const std::vector<LayoutChange>& changes = diff.changes;
-  std::size_t i = 0;
-  while (i < changes.size()) {
-    const LayoutChange& change = changes[i];
-    switch (change.kind) {
-      case LayoutChange::Kind::removed: {
-        // Removals come last position first: a run of them one below the
-        // other is one range.
-        std::size_t end = i + 1;
-        while (end < changes.size() && changes[end].kind == LayoutChange::Kind::removed &&
-               changes[end].from == changes[end - 1].from - 1)
-          ++end;
-        const Index first = changes[end - 1].from;
-        beginRemoveRows({}, row(first), row(change.from));
-        items_.erase(items_.begin() + offset(first), items_.begin() + offset(change.from) + 1);
+  replayDiff(
+      diff,
+      [this](Index first, Index last) {
+        beginRemoveRows({}, row(first), row(last));
+        items_.erase(items_.begin() + offset(first), items_.begin() + offset(last) + 1);
         endRemoveRows();
-        i = end;
-        continue;
-      }
-      case LayoutChange::Kind::moved: {
+      },
+      [this](Index from, Index to) {
         // Qt counts the destination before the row leaves its place.
-        const Index destination = change.to > change.from ? change.to + 1 : change.to;
-        beginMoveRows({}, row(change.from), row(change.from), {}, row(destination));
-        const auto from = items_.begin() + offset(change.from);
-        const auto to = items_.begin() + offset(change.to);
-        if (change.to > change.from)
-          std::rotate(from, from + 1, to + 1);
-        else
-          std::rotate(to, from, from + 1);
+        beginMoveRows({}, row(from), row(from), {}, row(to > from ? to + 1 : to));
+        rotateRow(items_, from, to);
         endMoveRows();
-        break;
-      }
-      case LayoutChange::Kind::inserted: {
-        std::size_t end = i + 1;
-        while (end < changes.size() && changes[end].kind == LayoutChange::Kind::inserted &&
-               changes[end].to == changes[end - 1].to + 1)
-          ++end;
-        const Index last = changes[end - 1].to;
-        beginInsertRows({}, row(change.to), row(last));
-        items_.insert(items_.begin() + offset(change.to), after.items.begin() + offset(change.to),
+      },
+      [this, &after](Index first, Index last) {
+        beginInsertRows({}, row(first), row(last));
+        items_.insert(items_.begin() + offset(first), after.items.begin() + offset(first),
                       after.items.begin() + offset(last) + 1);
         endInsertRows();
-        i = end;
-        continue;
-      }
-      case LayoutChange::Kind::folderChanged:
-      case LayoutChange::Kind::renamed: {
-        items_[static_cast<std::size_t>(change.to)] = after.items[static_cast<std::size_t>(change.to)];
-        const QModelIndex changed = index(row(change.to));
-        const QList<int> roles = change.kind == LayoutChange::Kind::renamed ? QList<int>{FolderNameRole}
-                                                                            : QList<int>{FolderAppIDsRole};
-        emit dataChanged(changed, changed, roles);
-        break;
-      }
-    }
-    ++i;
-  }
+      },
+      [this, &after](Index at, LayoutChange::Kind kind) {
+        items_[static_cast<std::size_t>(at)] = after.items[static_cast<std::size_t>(at)];
+        const QModelIndex changed = index(row(at));
+        emit dataChanged(changed, changed,
+                         kind == LayoutChange::Kind::renamed ? QList<int>{FolderNameRole, NameRole}
+                                                             : QList<int>{FolderAppIDsRole});
+      });
 }
 
 }  // namespace orrery::app

@@ -7,20 +7,23 @@
 // rescan that changes nothing on screen redraws nothing. Neighbouring
 // insertions and removals are announced as one range.
 //
-// The rows carry the arrangement's own facts (keys, folder names and
-// contents); what depends on the installed apps (names, icons) is joined
-// in by the views' models on top of this one.
+// The rows carry the arrangement's facts (keys, folder names and contents)
+// joined with the installed apps' names (setApps), so a tile shows an app's
+// name as the last scan found it.
 //
 // Thread rules: main thread only.
 #pragma once
 
 #include <QAbstractListModel>
 
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "Orrery/catalog/ArrangementController.h"
 #include "OrreryCore/arrangement/Layout.h"
 #include "OrreryCore/arrangement/LayoutDiff.h"
+#include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery::app {
 
@@ -35,6 +38,7 @@ class ArrangementListModel final : public QAbstractListModel {
     FolderIDRole,                // QString: the folder's UUID; empty for an app
     FolderNameRole,              // QString: the folder's name; empty for an app
     FolderAppIDsRole,            // QStringList: the folder's apps in order; empty for an app
+    NameRole,                    // QString: the app's name (its ID while unknown) or the folder's name
   };
 
   // Shows `arrangement`'s visible layout and follows it; `arrangement`
@@ -45,13 +49,20 @@ class ArrangementListModel final : public QAbstractListModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QHash<int, QByteArray> roleNames() const override;
 
+  // The installed apps, for the names of app rows. Rows whose name changed
+  // announce it; nothing else moves.
+  void setApps(const std::unordered_map<std::string, AppInfo>& apps);
+
   // The items as the model shows them now.
   const std::vector<LayoutItem>& items() const { return items_; }
 
  private:
   void replay(const LayoutDiff& diff, const Layout& after);
 
+  QString appName(const std::string& appID) const;
+
   std::vector<LayoutItem> items_;
+  std::unordered_map<std::string, std::string> names_;  // app ID -> name
 };
 
 }  // namespace orrery::app

@@ -1,0 +1,80 @@
+#include "Orrery/overlay/SearchResultsModel.h"
+
+#include <cstddef>
+
+#include "Orrery/overlay/DiffReplay.h"
+#include "OrreryCore/arrangement/Layout.h"
+#include "OrreryCore/arrangement/LayoutDiff.h"
+
+namespace orrery::app {
+
+namespace {
+
+// A result list as an arrangement of apps, so the arrangement's diff finds
+// the fewest row changes between two lists.
+Layout asLayout(const std::vector<AppInfo>& apps) {
+  Layout layout;
+  layout.items.reserve(apps.size());
+  for (const AppInfo& app : apps) layout.items.push_back(LayoutItem::app(app.id));
+  return layout;
+}
+
+int row(Index index) { return static_cast<int>(index); }
+std::ptrdiff_t offset(Index index) { return static_cast<std::ptrdiff_t>(index); }
+
+}  // namespace
+
+SearchResultsModel::SearchResultsModel(QObject* parent) : QAbstractListModel(parent) {}
+
+void SearchResultsModel::setResults(std::vector<AppInfo> results) {
+  const LayoutDiff changes = diff(asLayout(results_), asLayout(results));
+  replayDiff(
+      changes,
+      [this](Index first, Index last) {
+        beginRemoveRows({}, row(first), row(last));
+        results_.erase(results_.begin() + offset(first), results_.begin() + offset(last) + 1);
+        endRemoveRows();
+      },
+      [this](Index from, Index to) {
+        beginMoveRows({}, row(from), row(from), {}, row(to > from ? to + 1 : to));
+        rotateRow(results_, from, to);
+        endMoveRows();
+      },
+      [this, &results](Index first, Index last) {
+        beginInsertRows({}, row(first), row(last));
+        results_.insert(results_.begin() + offset(first), results.begin() + offset(first),
+                        results.begin() + offset(last) + 1);
+        endInsertRows();
+      },
+      [](Index, LayoutChange::Kind) {});
+  // The same app may come back renamed or updated by a scan.
+  for (std::size_t i = 0; i < results.size(); ++i) {
+    if (results_[i] == results[i]) continue;
+    results_[i] = std::move(results[i]);
+    emit dataChanged(index(static_cast<int>(i)), index(static_cast<int>(i)));
+  }
+}
+
+int SearchResultsModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(results_.size());
+}
+
+QVariant SearchResultsModel::data(const QModelIndex& index, int role) const {
+  if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) return {};
+  const AppInfo& app = results_[static_cast<std::size_t>(index.row())];
+  switch (role) {
+    case AppIDRole:
+      return QString::fromStdString(app.id);
+    case NameRole:
+    case Qt::DisplayRole:
+      return QString::fromStdString(app.name);
+    default:
+      return {};
+  }
+}
+
+QHash<int, QByteArray> SearchResultsModel::roleNames() const {
+  return {{AppIDRole, "appID"}, {NameRole, "name"}};
+}
+
+}  // namespace orrery::app

@@ -1,0 +1,44 @@
+// SearchResultsModel: the apps the search field finds, best first, as a
+// list model for the views.
+//
+// Each keystroke gives a new list; the model announces how it differs from
+// the one on screen (rows removed, moved, inserted) instead of resetting, so
+// a tile that stays in the results keeps its delegate and its icon, and
+// typing one more letter into "fire" only removes the rows that stopped
+// matching.
+//
+// Thread rules: main thread only.
+#pragma once
+
+#include <QAbstractListModel>
+
+#include <vector>
+
+#include "OrreryCore/catalog/AppInfo.h"
+
+namespace orrery::app {
+
+class SearchResultsModel final : public QAbstractListModel {
+  Q_OBJECT
+
+ public:
+  enum Role {
+    AppIDRole = Qt::UserRole + 1,  // QString
+    NameRole,                      // QString
+  };
+
+  explicit SearchResultsModel(QObject* parent = nullptr);
+
+  // Shows `results`, announcing the difference to what was shown.
+  void setResults(std::vector<AppInfo> results);
+  const std::vector<AppInfo>& results() const { return results_; }
+
+  int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QHash<int, QByteArray> roleNames() const override;
+
+ private:
+  std::vector<AppInfo> results_;
+};
+
+}  // namespace orrery::app
