@@ -22,6 +22,9 @@ int main(int argc, char* argv[]) {
   commandLine.setApplicationDescription(QStringLiteral("A full-screen application launcher."));
   commandLine.addHelpOption();
   commandLine.addVersionOption();
+  const QCommandLineOption showOverlay(
+      QStringLiteral("show-overlay"), QStringLiteral("Show the overlay as soon as the program has started."));
+  commandLine.addOption(showOverlay);
   commandLine.process(application);
 
   const auto dataDirectory = orrery::app::AppDelegate::defaultDataDirectory();
@@ -37,6 +40,9 @@ int main(int argc, char* argv[]) {
   orrery::app::quitOnTerminationSignals();
 
   orrery::app::AppDelegate delegate(dataDirectory);
-  QTimer::singleShot(0, &delegate, &orrery::app::AppDelegate::launch);
+  QTimer::singleShot(0, &delegate, [&delegate, show = commandLine.isSet(showOverlay)] {
+    delegate.launch();
+    if (show) delegate.showOverlay(QStringLiteral("--show-overlay"));
+  });
   return QApplication::exec();
 }

@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include <cstddef>
+#include <utility>
 
 #include "Orrery/overlay/DiffReplay.h"
 
@@ -45,8 +46,19 @@ QVariant ArrangementListModel::data(const QModelIndex& index, int role) const {
       return folder != nullptr ? QString::fromStdString(folder->id.text()) : QString();
     case FolderNameRole:
       return folder != nullptr ? QString::fromStdString(folder->name) : QString();
-    case NameRole:
-      return folder != nullptr ? QString::fromStdString(folder->name) : appName(*item.appID());
+    case NameRole: {
+      if (folder != nullptr) return QString::fromStdString(folder->name);
+      const AppInfo* known = app(*item.appID());
+      return QString::fromStdString(known != nullptr ? known->name : *item.appID());
+    }
+    case IconSourceRole:
+      return folder != nullptr ? QString() : iconSource(*item.appID());
+    case FolderIconSourcesRole: {
+      QStringList sources;
+      if (folder != nullptr)
+        for (const std::string& appID : folder->appIDs) sources.push_back(iconSource(appID));
+      return sources;
+    }
     case FolderAppIDsRole: {
       QStringList appIDs;
       if (folder != nullptr) {
@@ -61,36 +73,59 @@ QVariant ArrangementListModel::data(const QModelIndex& index, int role) const {
 }
 
 QHash<int, QByteArray> ArrangementListModel::roleNames() const {
-  return {{KeyRole, "itemKey"},       {IsFolderRole, "isFolder"},     {AppIDRole, "appID"},
-          {FolderIDRole, "folderID"}, {FolderNameRole, "folderName"}, {FolderAppIDsRole, "folderAppIDs"}};
+  return {{KeyRole, "itemKey"},
+          {IsFolderRole, "isFolder"},
+          {AppIDRole, "appID"},
+          {FolderIDRole, "folderID"},
+          {FolderNameRole, "folderName"},
+          {FolderAppIDsRole, "folderAppIDs"},
+          {NameRole, "name"},
+          {IconSourceRole, "iconSource"},
+          {FolderIconSourcesRole, "folderIconSources"}};
 }
 
 void ArrangementListModel::setApps(const std::unordered_map<std::string, AppInfo>& apps) {
-  std::unordered_map<std::string, std::string> names;
-  names.reserve(apps.size());
-  for (const auto& [id, app] : apps) names.emplace(id, app.name);
-  if (names == names_) return;
-  std::swap(names_, names);
-  // Only app rows can show another name; announce the span they cover.
+  if (apps == apps_) return;
+  const std::unordered_map<std::string, AppInfo> before = std::exchange(apps_, apps);
+  const auto same = [&](const std::string& appID) {
+    const auto then = before.find(appID);
+    const auto now = apps_.find(appID);
+    if (then == before.end() || now == apps_.end()) return (then == before.end()) == (now == apps_.end());
+    return then->second == now->second;
+  };
+  // Announce the span of rows whose apps changed, folders with such apps
+  // included.
   int first = -1;
   int last = -1;
   for (std::size_t i = 0; i < items_.size(); ++i) {
-    const std::string* appID = items_[i].appID();
-    if (appID == nullptr) continue;
-    const auto before = names.find(*appID);
-    const auto now = names_.find(*appID);
-    const bool same = (before == names.end()) == (now == names_.end()) &&
-                      (before == names.end() || before->second == now->second);
-    if (same) continue;
+    bool changed = false;
+    if (const std::string* appID = items_[i].appID())
+      changed = !same(*appID);
+    else
+      for (const std::string& member : items_[i].asFolder()->appIDs) changed = changed || !same(member);
+    if (!changed) continue;
     if (first < 0) first = static_cast<int>(i);
     last = static_cast<int>(i);
   }
-  if (first >= 0) emit dataChanged(index(first), index(last), {NameRole});
+  if (first >= 0)
+    emit dataChanged(index(first), index(last), {NameRole, IconSourceRole, FolderIconSourcesRole});
 }
 
-QString ArrangementListModel::appName(const std::string& appID) const {
-  const auto found = names_.find(appID);
-  return QString::fromStdString(found == names_.end() ? appID : found->second);
+void ArrangementListModel::setIconSource(IconSource iconSource) {
+  iconSource_ = std::move(iconSource);
+  if (!items_.empty())
+    emit dataChanged(index(0), index(static_cast<int>(items_.size()) - 1),
+                     {IconSourceRole, FolderIconSourcesRole});
+}
+
+const AppInfo* ArrangementListModel::app(const std::string& appID) const {
+  const auto found = apps_.find(appID);
+  return found == apps_.end() ? nullptr : &found->second;
+}
+
+QString ArrangementListModel::iconSource(const std::string& appID) const {
+  const AppInfo* known = app(appID);
+  return known != nullptr && iconSource_ ? iconSource_(*known) : QString();
 }
 
 void ArrangementListModel::replay(const LayoutDiff& diff, const Layout& after) {
@@ -117,8 +152,9 @@ void ArrangementListModel::replay(const LayoutDiff& diff, const Layout& after) {
         items_[static_cast<std::size_t>(at)] = after.items[static_cast<std::size_t>(at)];
         const QModelIndex changed = index(row(at));
         emit dataChanged(changed, changed,
-                         kind == LayoutChange::Kind::renamed ? QList<int>{FolderNameRole, NameRole}
-                                                             : QList<int>{FolderAppIDsRole});
+                         kind == LayoutChange::Kind::renamed
+                             ? QList<int>{FolderNameRole, NameRole}
+                             : QList<int>{FolderAppIDsRole, FolderIconSourcesRole});
       });
 }
 

@@ -16,6 +16,7 @@
 
 #include <QAbstractListModel>
 
+#include <functional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -39,7 +40,12 @@ class ArrangementListModel final : public QAbstractListModel {
     FolderNameRole,              // QString: the folder's name; empty for an app
     FolderAppIDsRole,            // QStringList: the folder's apps in order; empty for an app
     NameRole,                    // QString: the app's name (its ID while unknown) or the folder's name
+    IconSourceRole,              // QString: the image source of the app's icon; empty for a folder
+    FolderIconSourcesRole,       // QStringList: the icons of the folder's apps, in order
   };
+
+  // The image source that shows an app's icon.
+  using IconSource = std::function<QString(const AppInfo& app)>;
 
   // Shows `arrangement`'s visible layout and follows it; `arrangement`
   // must outlive the model.
@@ -49,9 +55,10 @@ class ArrangementListModel final : public QAbstractListModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QHash<int, QByteArray> roleNames() const override;
 
-  // The installed apps, for the names of app rows. Rows whose name changed
-  // announce it; nothing else moves.
+  // The installed apps, for the names and icons of the rows. Rows whose app
+  // changed (renamed, updated) announce it; nothing moves.
   void setApps(const std::unordered_map<std::string, AppInfo>& apps);
+  void setIconSource(IconSource iconSource);
 
   // The items as the model shows them now.
   const std::vector<LayoutItem>& items() const { return items_; }
@@ -59,10 +66,12 @@ class ArrangementListModel final : public QAbstractListModel {
  private:
   void replay(const LayoutDiff& diff, const Layout& after);
 
-  QString appName(const std::string& appID) const;
+  const AppInfo* app(const std::string& appID) const;
+  QString iconSource(const std::string& appID) const;
 
   std::vector<LayoutItem> items_;
-  std::unordered_map<std::string, std::string> names_;  // app ID -> name
+  std::unordered_map<std::string, AppInfo> apps_;
+  IconSource iconSource_;
 };
 
 }  // namespace orrery::app

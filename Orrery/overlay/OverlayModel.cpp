@@ -90,7 +90,14 @@ void OverlayModel::refreshResults() {
     const AppSearch::Results found = state_.searchResults();
     results.assign(found.begin(), found.end());
   }
+  const std::size_t before = searchResults_.results().size();
   searchResults_.setResults(std::move(results));
+  if (searchResults_.results().size() != before) emit resultCountChanged();
+}
+
+void OverlayModel::setIconSource(const std::function<QString(const AppInfo&)>& iconSource) {
+  items_.setIconSource(iconSource);
+  searchResults_.setIconSource(iconSource);
 }
 
 void OverlayModel::goTo(int page) {

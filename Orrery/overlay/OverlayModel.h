@@ -20,6 +20,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -54,6 +55,7 @@ class OverlayModel final : public QObject {
   Q_PROPERTY(QString message READ message NOTIFY messageChanged)
   Q_PROPERTY(QObject* items READ items CONSTANT)
   Q_PROPERTY(QObject* searchResults READ searchResults CONSTANT)
+  Q_PROPERTY(int resultCount READ resultCount NOTIFY resultCountChanged)
 
  public:
   using AppMap = std::unordered_map<std::string, AppInfo>;
@@ -117,6 +119,10 @@ class OverlayModel final : public QObject {
   QString message() const { return message_; }
   void setMessage(const QString& message);
 
+  int resultCount() const { return static_cast<int>(searchResults_.results().size()); }
+  // How both lists show an app's icon.
+  void setIconSource(const std::function<QString(const AppInfo&)>& iconSource);
+
   QObject* items() { return &items_; }
   QObject* searchResults() { return &searchResults_; }
   ArrangementListModel& itemsModel() { return items_; }
@@ -136,6 +142,7 @@ class OverlayModel final : public QObject {
   void canRearrangeChanged();
   void scrollChanged();
   void messageChanged();
+  void resultCountChanged();
   // The user chose an app to open.
   void launchRequested(const orrery::AppInfo& app);
 

@@ -55,6 +55,12 @@ void SearchResultsModel::setResults(std::vector<AppInfo> results) {
   }
 }
 
+void SearchResultsModel::setIconSource(IconSource iconSource) {
+  iconSource_ = std::move(iconSource);
+  if (!results_.empty())
+    emit dataChanged(index(0), index(static_cast<int>(results_.size()) - 1), {IconSourceRole});
+}
+
 int SearchResultsModel::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : static_cast<int>(results_.size());
 }
@@ -68,13 +74,15 @@ QVariant SearchResultsModel::data(const QModelIndex& index, int role) const {
     case NameRole:
     case Qt::DisplayRole:
       return QString::fromStdString(app.name);
+    case IconSourceRole:
+      return iconSource_ ? iconSource_(app) : QString();
     default:
       return {};
   }
 }
 
 QHash<int, QByteArray> SearchResultsModel::roleNames() const {
-  return {{AppIDRole, "appID"}, {NameRole, "name"}};
+  return {{AppIDRole, "appID"}, {NameRole, "name"}, {IconSourceRole, "iconSource"}};
 }
 
 }  // namespace orrery::app

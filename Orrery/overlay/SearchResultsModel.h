@@ -12,6 +12,7 @@
 
 #include <QAbstractListModel>
 
+#include <functional>
 #include <vector>
 
 #include "OrreryCore/catalog/AppInfo.h"
@@ -25,13 +26,17 @@ class SearchResultsModel final : public QAbstractListModel {
   enum Role {
     AppIDRole = Qt::UserRole + 1,  // QString
     NameRole,                      // QString
+    IconSourceRole,                // QString: the image source of the app's icon
   };
+
+  using IconSource = std::function<QString(const AppInfo& app)>;
 
   explicit SearchResultsModel(QObject* parent = nullptr);
 
   // Shows `results`, announcing the difference to what was shown.
   void setResults(std::vector<AppInfo> results);
   const std::vector<AppInfo>& results() const { return results_; }
+  void setIconSource(IconSource iconSource);
 
   int rowCount(const QModelIndex& parent = QModelIndex()) const override;
   QVariant data(const QModelIndex& index, int role) const override;
@@ -39,6 +44,7 @@ class SearchResultsModel final : public QAbstractListModel {
 
  private:
   std::vector<AppInfo> results_;
+  IconSource iconSource_;
 };
 
 }  // namespace orrery::app

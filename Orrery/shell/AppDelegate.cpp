@@ -58,7 +58,22 @@ void AppDelegate::launch() {
   startupSyncState_ = loadedSyncState().treatingExistingLayout(arrangement_->shared());
   catalog_->start();
   if (launchAtLogin_) launchAtLogin_->refresh();
+
+  overlayModel_ = std::make_unique<OverlayModel>(*arrangement_);
+  overlay_ = std::make_unique<OverlayController>(*overlayModel_, clock_);
+  const auto syncOverlay = [this] {
+    overlayModel_->sync(arrangement_->layout(), catalog_->apps(), settings_->settings());
+  };
+  syncOverlay();
+  connect(arrangement_.get(), &ArrangementController::layoutChanged, overlayModel_.get(), syncOverlay);
+  connect(catalog_.get(), &AppCatalog::changed, overlayModel_.get(), syncOverlay);
+  connect(settings_.get(), &SettingsStore::settingsChanged, overlayModel_.get(), syncOverlay);
+
   qCInfo(shellLog, "Orrery gestartet; Daten in %s", dataDirectory_.c_str());
+}
+
+void AppDelegate::showOverlay(const QString& label) {
+  if (overlay_) overlay_->show(nullptr, label);
 }
 
 }  // namespace orrery::app

@@ -10,8 +10,10 @@
 // arrangement, starts the catalog (first scan, folder watching) and makes
 // the settings' launchAtLogin show what the system will do.
 //
-// The overlay, the tray icon, the triggers and the sync engine come later and
-// will be created here, in launch(), after the catalog started.
+// launch() also builds the overlay (its model and its window, hidden) and
+// keeps the model in step with the arrangement, the apps and the settings.
+// The tray icon, the triggers and the sync engine come later and will be
+// created there too.
 //
 // Thread rules: main thread only.
 #pragma once
@@ -25,6 +27,8 @@
 #include "Orrery/base/QtClock.h"
 #include "Orrery/catalog/AppCatalog.h"
 #include "Orrery/catalog/ArrangementController.h"
+#include "Orrery/overlay/OverlayController.h"
+#include "Orrery/overlay/OverlayModel.h"
 #include "Orrery/settings/LaunchAtLogin.h"
 #include "Orrery/settings/LoginItem.h"
 #include "Orrery/settings/QSettingsKeyValueStore.h"
@@ -45,10 +49,14 @@ class AppDelegate final : public QObject {
   ~AppDelegate() override;
 
   void launch();
+  // Shows the overlay; `label` names the occasion in the show-time log.
+  void showOverlay(const QString& label);
 
   ArrangementController& arrangement() { return *arrangement_; }
   AppCatalog& catalog() { return *catalog_; }
   SettingsStore& settings() { return *settings_; }
+  // Null before launch().
+  OverlayController* overlay() { return overlay_.get(); }
   // The sync state the sync engine will start from; set by launch().
   const std::optional<SyncStateStore::LoadResult>& startupSyncState() const { return startupSyncState_; }
 
@@ -67,6 +75,8 @@ class AppDelegate final : public QObject {
   std::unique_ptr<SettingsStore> settings_;
   std::unique_ptr<LoginItem> loginItem_;  // none where the platform has no adapter
   std::unique_ptr<LaunchAtLogin> launchAtLogin_;
+  std::unique_ptr<OverlayModel> overlayModel_;
+  std::unique_ptr<OverlayController> overlay_;
   bool launched_ = false;
 };
 

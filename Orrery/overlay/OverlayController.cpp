@@ -1,0 +1,178 @@
+#include "Orrery/overlay/OverlayController.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QScreen>
+#include <QWheelEvent>
+
+#include "Orrery/base/Logging.h"
+
+namespace orrery::app {
+
+OverlayController::OverlayController(OverlayModel& model, Clock& clock, QObject* parent)
+    : QObject(parent), model_(model), clock_(clock), view_(std::make_unique<QQuickView>()) {
+  view_->setTitle(QStringLiteral("Orrery"));
+  view_->setFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+  view_->setColor(Qt::black);
+  view_->setResizeMode(QQuickView::SizeRootObjectToView);
+  view_->setInitialProperties(
+      {{QStringLiteral("overlay"), QVariant::fromValue(static_cast<QObject*>(&model_))},
+       {QStringLiteral("controller"), QVariant::fromValue(static_cast<QObject*>(this))}});
+  view_->setSource(QUrl(QStringLiteral("qrc:/Orrery/qml/Overlay.qml")));
+  for (const QQmlError& error : view_->errors())
+    qCCritical(overlayLog, "Overlay-Ansicht fehlerhaft: %s", qPrintable(error.toString()));
+  view_->installEventFilter(this);
+  connect(view_.get(), &QQuickWindow::frameSwapped, this, [this] {
+    if (!timingShow_) return;
+    timingShow_ = false;
+    const double milliseconds = static_cast<double>(showTimer_.nsecsElapsed()) / 1e6;
+    qCInfo(overlayLog, "[%s] overlay shown in %.*f ms", qPrintable(showLabel_), 1, milliseconds);
+    emit shown(milliseconds);
+  });
+}
+
+OverlayController::~OverlayController() = default;
+
+void OverlayController::show(QScreen* screen, const QString& label) {
+  if (screen == nullptr) screen = QGuiApplication::screenAt(QCursor::pos());
+  if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+  // A pending end of a fade-out must not unmap what is shown again now.
+  ++generation_;
+  finishHide_.cancel();
+  showLabel_ = label;
+  showTimer_.start();
+  timingShow_ = true;
+  visible_ = true;
+  if (screen != nullptr && view_->screen() != screen) view_->setScreen(screen);
+  if (screen != nullptr) view_->setGeometry(screen->geometry());
+  view_->showFullScreen();
+  view_->raise();
+  view_->requestActivate();
+  model_.requestFocus();
+  setRevealed(true);
+}
+
+void OverlayController::hide() {
+  if (!visible_) return;
+  visible_ = false;
+  const std::uint64_t generation = ++generation_;
+  setRevealed(false);
+  if (!model_.animations()) {
+    finishHide(generation);
+    return;
+  }
+  finishHide_ = clock_.runAfter(fadeDuration, [this, generation] { finishHide(generation); });
+}
+
+void OverlayController::toggle() {
+  if (visible_)
+    hide();
+  else
+    show();
+}
+
+void OverlayController::finishHide(std::uint64_t generation) {
+  if (generation != generation_) return;
+  view_->hide();
+  emit hidden();
+}
+
+void OverlayController::setRevealed(bool revealed) {
+  if (revealed == revealed_) return;
+  revealed_ = revealed;
+  emit revealedChanged();
+}
+
+bool OverlayController::eventFilter(QObject* watched, QEvent* event) {
+  if (watched != view_.get() || !visible_) return false;
+  switch (event->type()) {
+    case QEvent::KeyPress:
+      return handleKey(*static_cast<QKeyEvent*>(event));
+    case QEvent::Wheel:
+      return handleWheel(fromWheelEvent(*static_cast<QWheelEvent*>(event)));
+    default:
+      return false;
+  }
+}
+
+bool OverlayController::searchFieldHasFocus() const {
+  const QQuickItem* focused = view_->activeFocusItem();
+  return focused != nullptr && focused->objectName() == QLatin1String("searchInput");
+}
+
+bool OverlayController::composing() const {
+  const QQuickItem* focused = view_->activeFocusItem();
+  return focused != nullptr && focused->property("inputMethodComposing").toBool();
+}
+
+bool OverlayController::handleKey(const QKeyEvent& event) {
+  if (composing()) return false;
+  const bool searching = model_.isSearching();
+  const bool scrolling = model_.scrollMode();
+  switch (event.key()) {
+    case Qt::Key_Escape:
+      if (!model_.handleEscape()) hide();
+      return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      model_.launchOnEnter();
+      return true;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+      // While searching the arrows belong to the text.
+      if (searching || scrolling) return false;
+      event.key() == Qt::Key_Left ? model_.previousPage() : model_.nextPage();
+      return true;
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+    case Qt::Key_Up:
+    case Qt::Key_Down: {
+      if (searching) return false;
+      const bool back = event.key() == Qt::Key_PageUp || event.key() == Qt::Key_Up;
+      if (scrolling)
+        model_.scroll(back ? -model_.scrollPageStep() : model_.scrollPageStep(), true);
+      else if (event.key() == Qt::Key_PageUp || event.key() == Qt::Key_PageDown)
+        back ? model_.previousPage() : model_.nextPage();
+      else
+        return false;
+      return true;
+    }
+    case Qt::Key_Home:
+    case Qt::Key_End:
+      if (searching) return false;
+      if (scrolling)
+        model_.scroll(event.key() == Qt::Key_Home ? -model_.scrollMetrics().contentHeight
+                                                  : model_.scrollMetrics().contentHeight,
+                      true);
+      else
+        model_.goTo(event.key() == Qt::Key_Home ? 0 : model_.pageCount() - 1);
+      return true;
+    default:
+      break;
+  }
+  // Type-to-search: a printable key anywhere starts or continues the search.
+  const QString text = event.text();
+  const bool printable = !text.isEmpty() && text.at(0).isPrint() &&
+                         !(event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
+  if (!printable || searchFieldHasFocus()) return false;
+  model_.setQuery(model_.query() + text);
+  model_.requestFocus();
+  return true;
+}
+
+bool OverlayController::handleWheel(const WheelInput& input) {
+  if (model_.isSearching()) return false;
+  if (model_.scrollMode()) {
+    model_.scroll(-input.dy, false);
+    return true;
+  }
+  if (const std::optional<int> delta = swipe_.pageDelta(input)) model_.goTo(model_.page() + *delta);
+  return true;
+}
+
+}  // namespace orrery::app

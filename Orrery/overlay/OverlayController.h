@@ -1,0 +1,100 @@
+// OverlayController: the overlay's window, shown and hidden, and the input
+// that reaches it.
+//
+// One borderless, full-screen, always-on-top Qt Quick window is built at
+// start-up, hidden, and reused for every show, so showing costs one frame
+// rather than a window and a scene. show() puts it on the screen under the
+// pointer and fades it in over 0.18 s; hide() fades it out and only then
+// unmaps it. Every hide bumps a generation counter and the unmap after the
+// fade checks it, so a show that comes during a fade-out is never undone by
+// the stale end of that fade. When it hides, the keyboard goes back to the
+// window that had it before (through the WindowSystem), and the first frame
+// after a show is timed and logged.
+//
+// Keys and wheel events of the window pass through here before any item
+// sees them: Esc, Return, the arrows, Page Up/Down, Home/End, wheel and
+// touchpad paging, and type-to-search (a printable key anywhere goes to the
+// search field). While an input method composes, keys are left alone.
+//
+// Thread rules: main thread only.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "Orrery/base/Clock.h"
+#include "Orrery/overlay/OverlayModel.h"
+#include "Orrery/overlay/SwipeTracker.h"
+
+class QKeyEvent;
+class QQuickView;
+class QScreen;
+class QWheelEvent;
+
+namespace orrery::app {
+
+class OverlayController final : public QObject {
+  Q_OBJECT
+  Q_PROPERTY(bool revealed READ revealed NOTIFY revealedChanged)
+
+ public:
+  static constexpr std::chrono::milliseconds fadeDuration{180};
+
+  // `model` and `clock` must outlive the controller. The window is built
+  // here, hidden.
+  OverlayController(OverlayModel& model, Clock& clock, QObject* parent = nullptr);
+  ~OverlayController() override;
+
+  // Shows the overlay on `screen`, or on the screen under the pointer.
+  // `label` names the occasion in the show-time log line.
+  void show(QScreen* screen = nullptr, const QString& label = QStringLiteral("show"));
+  Q_INVOKABLE void hide();
+  Q_INVOKABLE void toggle();
+
+  // Shown, or fading in: what a toggle looks at.
+  bool isVisible() const { return visible_; }
+  // The content is (being) faded in; the view binds its opacity to this.
+  bool revealed() const { return revealed_; }
+  std::uint64_t visibilityGeneration() const { return generation_; }
+  QQuickView* window() const { return view_.get(); }
+
+  // Input of the overlay window; true when it was used. Public so tests can
+  // drive the key table without a window system.
+  bool handleKey(const QKeyEvent& event);
+  bool handleWheel(const WheelInput& input);
+
+ signals:
+  void revealedChanged();
+  // The first frame after a show reached the screen.
+  void shown(double milliseconds);
+  void hidden();
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void setRevealed(bool revealed);
+  void finishHide(std::uint64_t generation);
+  bool searchFieldHasFocus() const;
+  bool composing() const;
+
+  OverlayModel& model_;
+  Clock& clock_;
+  std::unique_ptr<QQuickView> view_;
+  SwipeTracker swipe_;
+  bool visible_ = false;
+  bool revealed_ = false;
+  std::uint64_t generation_ = 0;
+  ScheduledAction finishHide_;
+  QElapsedTimer showTimer_;
+  QString showLabel_;
+  bool timingShow_ = false;
+};
+
+}  // namespace orrery::app

@@ -1,0 +1,170 @@
+// The overlay: search field on top, the grid (paged or scrolling) below it,
+// page dots at the bottom, search results in place of the grid while
+// searching. It only binds to the model and forwards input; every rule
+// lives in OverlayModel and OverlayController.
+import QtQuick
+
+Item {
+    id: root
+
+    required property QtObject overlay
+    required property QtObject controller
+
+    // The grid area between the search field and the page dots.
+    readonly property real sideMargin: Math.max(48, width * 0.08)
+    readonly property real gridTop: search.y + search.height + 36
+    readonly property real gridBottomMargin: 72
+    readonly property real cellWidth: grid.width / Math.max(overlay.columns, 1)
+    readonly property real cellHeight: grid.height / Math.max(overlay.rows, 1)
+    readonly property int perPage: Math.max(overlay.columns, 1) * Math.max(overlay.rows, 1)
+
+    opacity: controller.revealed ? 1 : 0
+    Behavior on opacity {
+        enabled: root.overlay.animations
+        NumberAnimation { duration: 180; easing.type: Easing.OutCubic }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        gradient: Gradient {
+            GradientStop { position: 0; color: "#2b3440" }
+            GradientStop { position: 1; color: "#161b22" }
+        }
+    }
+
+    // A click on empty space hides the overlay.
+    MouseArea {
+        anchors.fill: parent
+        onClicked: root.controller.hide()
+    }
+
+    SearchField {
+        id: search
+        overlay: root.overlay
+        width: Math.min(320, root.width - 2 * root.sideMargin)
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: 48
+    }
+
+    Item {
+        id: grid
+        x: root.sideMargin
+        y: root.gridTop
+        width: root.width - 2 * root.sideMargin
+        height: root.height - root.gridTop - root.gridBottomMargin
+        clip: root.overlay.scrollMode
+        visible: !root.overlay.isSearching
+
+        // All pages side by side (paged) or one tall column (scrolling); the
+        // row of a tile decides its place, so moved rows glide to theirs.
+        Item {
+            id: strip
+            x: root.overlay.scrollMode ? 0 : -root.overlay.page * (grid.width + root.sideMargin * 2)
+            y: root.overlay.scrollMode ? -root.overlay.scrollOffset : 0
+            Behavior on x {
+                enabled: root.overlay.animations
+                NumberAnimation { duration: 260; easing.type: Easing.OutCubic }
+            }
+            Behavior on y {
+                enabled: root.overlay.animations && root.overlay.scrollAnimated
+                NumberAnimation { duration: 250; easing.type: Easing.OutCubic }
+            }
+
+            Repeater {
+                model: root.overlay.items
+                delegate: Tile {
+                    required property int index
+                    required property string name
+                    required property string appID
+                    required property string folderID
+                    required property string iconSource
+                    required property bool isFolder
+                    required property var folderIconSources
+
+                    readonly property int page: root.overlay.scrollMode ? 0 : Math.floor(index / root.perPage)
+                    readonly property int slot: root.overlay.scrollMode ? index : index % root.perPage
+                    readonly property int column: slot % Math.max(root.overlay.columns, 1)
+                    readonly property int row: Math.floor(slot / Math.max(root.overlay.columns, 1))
+
+                    x: page * (grid.width + root.sideMargin * 2) + column * root.cellWidth
+                    y: row * root.cellHeight
+                    width: root.cellWidth
+                    height: root.cellHeight
+                    iconSize: root.overlay.iconSize
+                    label: name
+                    icon: iconSource
+                    folderIcons: isFolder ? folderIconSources : []
+                    // Icons load for the page on screen and its neighbours only.
+                    active: root.overlay.scrollMode || Math.abs(page - root.overlay.page) <= 1
+                    onActivated: isFolder ? root.overlay.openFolder(folderID) : root.overlay.launch(appID)
+                }
+            }
+        }
+    }
+
+    // Search results: the same tiles, best match first.
+    Item {
+        id: results
+        anchors.fill: grid
+        visible: root.overlay.isSearching
+
+        Repeater {
+            model: root.overlay.searchResults
+            delegate: Tile {
+                required property int index
+                required property string name
+                required property string appID
+                required property string iconSource
+
+                readonly property int column: index % Math.max(root.overlay.columns, 1)
+                readonly property int row: Math.floor(index / Math.max(root.overlay.columns, 1))
+                visible: row < root.overlay.rows
+                x: column * root.cellWidth
+                y: row * root.cellHeight
+                width: root.cellWidth
+                height: root.cellHeight
+                iconSize: root.overlay.iconSize
+                label: name
+                icon: iconSource
+                highlighted: index === 0
+                onActivated: root.overlay.launch(appID)
+            }
+        }
+
+        Text {
+            anchors.centerIn: parent
+            visible: root.overlay.isSearching && root.overlay.resultCount === 0
+            text: qsTr("No apps found")
+            color: "#c8ffffff"
+            font.pixelSize: 22
+        }
+    }
+
+    PageDots {
+        visible: !root.overlay.scrollMode && !root.overlay.isSearching && root.overlay.pageCount > 1
+        count: root.overlay.pageCount
+        current: root.overlay.page
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 32
+        onChosen: (page) => root.overlay.goTo(page)
+    }
+
+    Text {
+        id: message
+        visible: root.overlay.message !== ""
+        text: root.overlay.message
+        color: "white"
+        font.pixelSize: 15
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 56
+        Rectangle {
+            z: -1
+            anchors.fill: parent
+            anchors.margins: -10
+            radius: 8
+            color: "#b0402020"
+        }
+    }
+}

@@ -1,0 +1,107 @@
+// One app or folder in the grid: the icon, a gap, the name below it, all
+// centred in the cell. A folder shows up to nine of its apps' icons.
+import QtQuick
+
+Item {
+    id: tile
+
+    property real iconSize: 96
+    property string label
+    property string icon
+    property var folderIcons: []
+    property bool active: true
+    property bool highlighted: false
+
+    signal activated()
+
+    readonly property real labelSpacing: 13
+    readonly property real labelHeight: 18
+    readonly property real hitWidth: Math.min(iconSize + 84, width)
+    readonly property real hitHeight: Math.min(iconSize + labelSpacing + labelHeight, height)
+
+    Rectangle {
+        id: hover
+        x: (tile.width - tile.hitWidth) / 2
+        y: (tile.height - tile.hitHeight) / 2 - 6
+        width: tile.hitWidth
+        height: tile.hitHeight + 12
+        radius: 14
+        color: "white"
+        opacity: tile.highlighted ? 0.16 : (mouse.containsMouse ? 0.10 : 0)
+        Behavior on opacity { NumberAnimation { duration: 90 } }
+    }
+
+    Item {
+        id: iconBox
+        width: tile.iconSize
+        height: tile.iconSize
+        x: (tile.width - width) / 2
+        y: (tile.height - tile.hitHeight) / 2
+        scale: mouse.pressed ? 0.92 : 1
+        Behavior on scale { NumberAnimation { duration: 80 } }
+
+        Image {
+            anchors.fill: parent
+            visible: tile.folderIcons.length === 0
+            source: tile.active ? tile.icon : ""
+            sourceSize: Qt.size(tile.iconSize, tile.iconSize)
+            asynchronous: true
+            smooth: true
+            mipmap: true
+        }
+
+        Rectangle {
+            anchors.fill: parent
+            anchors.margins: tile.iconSize * 0.06
+            visible: tile.folderIcons.length > 0
+            radius: width * 0.22
+            color: "#40ffffff"
+            border.color: "#30ffffff"
+
+            Grid {
+                id: preview
+                anchors.centerIn: parent
+                columns: 3
+                spacing: parent.width * 0.05
+                readonly property real cell: (parent.width * 0.8 - 2 * spacing) / 3
+                Repeater {
+                    model: tile.folderIcons.slice(0, 9)
+                    delegate: Image {
+                        required property string modelData
+                        width: preview.cell
+                        height: preview.cell
+                        source: tile.active ? modelData : ""
+                        sourceSize: Qt.size(preview.cell, preview.cell)
+                        asynchronous: true
+                        smooth: true
+                    }
+                }
+            }
+        }
+    }
+
+    Text {
+        x: (tile.width - width) / 2
+        y: iconBox.y + tile.iconSize + tile.labelSpacing
+        width: tile.hitWidth
+        height: tile.labelHeight
+        text: tile.label
+        color: "white"
+        font.pixelSize: 14
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        elide: Text.ElideRight
+        style: Text.Raised
+        styleColor: "#60000000"
+    }
+
+    MouseArea {
+        id: mouse
+        x: hover.x
+        y: hover.y
+        width: hover.width
+        height: hover.height
+        hoverEnabled: true
+        onClicked: tile.activated()
+    }
+}
