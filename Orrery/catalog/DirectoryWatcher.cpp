@@ -38,7 +38,7 @@ DirectoryWatcher::DirectoryWatcher(std::vector<std::string> roots, int maxDepth,
       isCandidate_(std::move(isCandidate)),
       clock_(clock),
       latency_(latency) {
-  connect(&watcher_, &QFileSystemWatcher::directoryChanged, this, &DirectoryWatcher::folderChanged);
+  connect(&watcher_, &platform::InotifyFolderWatch::folderChanged, this, &DirectoryWatcher::folderChanged);
 }
 
 DirectoryWatcher::~DirectoryWatcher() = default;
@@ -69,7 +69,7 @@ bool DirectoryWatcher::rearm() {
     }
   }
 
-  const QStringList watched = watcher_.directories();
+  const QStringList watched = watcher_.folders();
   const std::set<QString> current(watched.begin(), watched.end());
   QStringList toRemove;
   for (const QString& folder : current) {
@@ -82,11 +82,11 @@ bool DirectoryWatcher::rearm() {
     if (!current.contains(folder)) toAdd.push_back(folder);
   }
 
-  if (!toRemove.isEmpty()) watcher_.removePaths(toRemove);
+  if (!toRemove.isEmpty()) watcher_.removeFolders(toRemove);
   if (!toAdd.isEmpty()) {
     // A folder can vanish between listing and watching, or the system's
     // watch limit can be reached; such folders are simply not watched.
-    for (const QString& failed : watcher_.addPaths(toAdd)) {
+    for (const QString& failed : watcher_.addFolders(toAdd)) {
       folders.erase(failed);
       waiting.erase(failed);
     }

@@ -8,6 +8,12 @@
 // folders may have changed (before and after every scan): new folders are
 // added, vanished ones dropped.
 //
+// A folder changes when entries come, go or are renamed in it, and also
+// when a file in it is closed after writing: installers create an entry
+// and fill it afterwards, and a scan that ran in between read it
+// incomplete. A folder renamed or removed stops being watched under its
+// path, so rearm() watches whatever takes its place.
+//
 // A root that does not exist yet (no ~/.local/share/applications on a fresh
 // account) is waited for: its nearest existing parent is watched, and only a
 // change that brings the root closer to existing counts, so unrelated
@@ -21,7 +27,6 @@
 // Thread rules: main thread only.
 #pragma once
 
-#include <QFileSystemWatcher>
 #include <QObject>
 #include <QString>
 
@@ -35,6 +40,7 @@
 #include <vector>
 
 #include "Orrery/base/Clock.h"
+#include "Orrery/platform/inotify/InotifyFolderWatch.h"
 
 namespace orrery::app {
 
@@ -70,7 +76,7 @@ class DirectoryWatcher final : public QObject {
   Clock& clock_;
   std::chrono::milliseconds latency_;
 
-  QFileSystemWatcher watcher_;
+  platform::InotifyFolderWatch watcher_;
   std::set<QString> folders_;  // roots and their folders, watched for any change
   // Parents watched for missing roots, each with the roots waited for.
   std::map<QString, std::vector<QString>> waiting_;

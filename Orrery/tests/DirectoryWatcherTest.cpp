@@ -91,6 +91,36 @@ TEST_F(DirectoryWatcherTest, RearmingFollowsFoldersThatAppearAndVanish) {
   ASSERT_TRUE(reportsReach(before + 1));
 }
 
+TEST_F(DirectoryWatcherTest, AFileWrittenAfterItAppearedIsReportedAgain) {
+  makeFolder("apps");
+  watch({path("apps")});
+
+  // Created empty, the way most writers start: the scan this report starts
+  // may well read nothing.
+  std::ofstream entry(temporary.path() / "apps/tool.desktop");
+  ASSERT_TRUE(reportsReach(1));
+
+  // Only the finished write says the entry is now worth reading.
+  clock.advance(5s);
+  entry << "[Desktop Entry]\nType=Application\nName=Tool\n";
+  entry.close();
+  EXPECT_TRUE(reportsReach(2));
+}
+
+TEST_F(DirectoryWatcherTest, AFolderPutInPlaceOfAWatchedOneIsWatchedAfterRearming) {
+  makeFolder("apps");
+  watch({path("apps")});
+
+  fs::rename(temporary.path() / "apps", temporary.path() / "apps.old");
+  makeFolder("apps");
+  ASSERT_TRUE(reportsReach(1));
+  ASSERT_TRUE(watcher->rearm());
+
+  clock.advance(5s);
+  std::ofstream(temporary.path() / "apps/tool.desktop") << "[Desktop Entry]\n";
+  EXPECT_TRUE(reportsReach(2));
+}
+
 TEST_F(DirectoryWatcherTest, AMissingRootIsWaitedForWithoutReportingUnrelatedChanges) {
   makeFolder("data");
   makeFolder("system/applications");
