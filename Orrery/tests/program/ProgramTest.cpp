@@ -118,8 +118,10 @@ class ProgramTest : public ::testing::Test {
 
   void install(const std::string& name) const {
     fs::create_directories(applications());
-    std::ofstream(applications() / (name + ".desktop"))
-        << "[Desktop Entry]\nType=Application\nName=" << name << "\nExec=true\n";
+    std::ofstream(applications() / (name + ".desktop")) << entry(name);
+  }
+  static std::string entry(const std::string& name) {
+    return "[Desktop Entry]\nType=Application\nName=" + name + "\nExec=true\n";
   }
 
   // The app ids in layout.json; nothing while there is no readable file.
@@ -156,12 +158,23 @@ TEST_F(ProgramTest, KeepsTheArrangementInStepWithTheInstalledApps) {
 
   fs::remove(applications() / "Beta.desktop");
   const auto removedAt = Clock::now();
+
+  // Meanwhile an entry is created empty and only filled once the scan its
+  // creation started has long read it, as on a machine busy installing.
+  {
+    std::ofstream late(applications() / "Epsilon.desktop");
+    std::this_thread::sleep_for(1500ms);
+    late << entry("Epsilon");
+  }
+  EXPECT_TRUE(waitFor([&] { return arranged("Epsilon"); }, 15s))
+      << "a completed entry was not arranged" << log();
+
   ASSERT_TRUE(waitFor([&] { return !arranged("Beta"); }, 40s)) << log();
   const auto keptFor = Clock::now() - removedAt;
   EXPECT_GE(keptFor, 20s) << "a removed entry left before its grace period";
   const auto apps = arrangedApps();
   ASSERT_TRUE(apps);
-  EXPECT_EQ(*apps, (AppIDSet{"Alpha.desktop", "Gamma.desktop", "Delta.desktop"}));
+  EXPECT_EQ(*apps, (AppIDSet{"Alpha.desktop", "Gamma.desktop", "Delta.desktop", "Epsilon.desktop"}));
 
   EXPECT_EQ(program.terminate(), 0) << log();
 }
