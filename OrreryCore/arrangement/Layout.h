@@ -205,6 +205,8 @@ struct Layout {
 
   // --- JSON ------------------------------------------------------------------
 
+  // The same rules read both forms, so a document that is the file's bytes
+  // or a record's tree decodes to the same Layout, or fails, either way.
   nlohmann::json toJson() const;
   static Expected<Layout, DecodingError> fromJson(const nlohmann::json& json);
   // Pretty-printed, sorted keys, no trailing newline.

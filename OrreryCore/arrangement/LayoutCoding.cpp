@@ -1,111 +1,19 @@
-// The JSON coding of Layout: the DOM form for records that embed an
-// arrangement, and a streaming decoder plus a direct writer for the
-// arrangement file, which is read at every start and written after every edit.
+// The JSON coding of Layout. One decoder reads both the arrangement file,
+// parsed by nlohmann's SAX interface because it is read at every start and a
+// JSON tree of ten thousand items costs several times more, and the
+// arrangement inside records that are already a JSON tree, walked into the
+// same decoder; a direct writer produces the file after every edit.
 #include <algorithm>
 
 #include <nlohmann/json.hpp>
 
 #include "OrreryCore/arrangement/Layout.h"
-#include "OrreryCore/base/JsonEvents.h"
 
 namespace orrery {
 
-// --- JSON ---------------------------------------------------------------------
-
-namespace {
-
 using nlohmann::json;
 
-DecodingError failure(DecodingError::Kind kind, std::string path, std::string message) {
-  return DecodingError{kind, std::move(path), std::move(message)};
-}
-
-// The value under a required key, or why there is none.
-Expected<const json*, DecodingError> required(const json& object, const char* key, const std::string& path,
-                                              json::value_t type) {
-  const auto found = object.find(key);
-  const std::string where = path.empty() ? key : path + "." + key;
-  if (found == object.end())
-    return Unexpected(failure(DecodingError::Kind::keyNotFound, where,
-                              std::string("No value associated with key \"") + key + "\"."));
-  if (found->is_null())
-    return Unexpected(
-        failure(DecodingError::Kind::valueNotFound, where, "Expected a value but found null instead."));
-  const bool typeMatches = type == json::value_t::number_integer ? found->is_number() : found->type() == type;
-  if (!typeMatches)
-    return Unexpected(failure(DecodingError::Kind::typeMismatch, where,
-                              std::string("Expected ") + json(type).type_name() + " but found " +
-                                  found->type_name() + " instead."));
-  return &*found;
-}
-
-Expected<std::vector<std::string>, DecodingError> stringArray(const json& array, const std::string& path) {
-  std::vector<std::string> out;
-  out.reserve(array.size());
-  for (std::size_t i = 0; i < array.size(); ++i) {
-    if (!array[i].is_string())
-      return Unexpected(
-          failure(DecodingError::Kind::typeMismatch, path + "[" + std::to_string(i) + "]",
-                  "Expected to decode String but found " + std::string(array[i].type_name()) + " instead."));
-    out.push_back(array[i].get<std::string>());
-  }
-  return out;
-}
-
-// {"_0": payload}: the single associated value of an enumeration case.
-Expected<const json*, DecodingError> caseValue(const json& wrapper, const std::string& path,
-                                               json::value_t type) {
-  if (!wrapper.is_object())
-    return Unexpected(
-        failure(DecodingError::Kind::typeMismatch, path, "Expected to decode a keyed container."));
-  return required(wrapper, "_0", path, type);
-}
-
-Expected<Folder, DecodingError> decodeFolder(const json& object, const std::string& path) {
-  const auto id = required(object, "id", path, json::value_t::string);
-  if (!id) return Unexpected(id.error());
-  const auto name = required(object, "name", path, json::value_t::string);
-  if (!name) return Unexpected(name.error());
-  const auto appIDs = required(object, "appIDs", path, json::value_t::array);
-  if (!appIDs) return Unexpected(appIDs.error());
-
-  const auto uuid = Uuid::parse((*id)->get_ref<const std::string&>());
-  if (!uuid)
-    return Unexpected(failure(DecodingError::Kind::dataCorrupted, path + ".id",
-                              "Attempted to decode UUID from invalid UUID string."));
-  auto members = stringArray(**appIDs, path + ".appIDs");
-  if (!members) return Unexpected(members.error());
-  return Folder{*uuid, (*name)->get<std::string>(), std::move(*members)};
-}
-
-Expected<LayoutItem, DecodingError> decodeItem(const json& object, const std::string& path) {
-  if (!object.is_object())
-    return Unexpected(
-        failure(DecodingError::Kind::typeMismatch, path, "Expected to decode a keyed container."));
-  if (object.size() != 1)
-    return Unexpected(
-        failure(DecodingError::Kind::typeMismatch, path, "Invalid number of keys found, expected one."));
-  // Through the object's own iterator: items() is a temporary, and a
-  // reference into what its begin() returns would dangle.
-  const auto entry = object.begin();
-  const std::string& key = entry.key();
-  const json& wrapper = entry.value();
-  if (key == "app") {
-    const auto id = caseValue(wrapper, path + ".app", json::value_t::string);
-    if (!id) return Unexpected(id.error());
-    return LayoutItem::app((*id)->get<std::string>());
-  }
-  if (key == "folder") {
-    const auto folder = caseValue(wrapper, path + ".folder", json::value_t::object);
-    if (!folder) return Unexpected(folder.error());
-    auto decoded = decodeFolder(**folder, path + ".folder._0");
-    if (!decoded) return Unexpected(decoded.error());
-    return LayoutItem::folder(std::move(*decoded));
-  }
-  return Unexpected(failure(DecodingError::Kind::dataCorrupted, path, "Unknown item key \"" + key + "\"."));
-}
-
-}  // namespace
+// --- Writing ------------------------------------------------------------------
 
 nlohmann::json Layout::toJson() const {
   json encodedItems = json::array();
@@ -121,50 +29,6 @@ nlohmann::json Layout::toJson() const {
   }
   return json{{"version", version}, {"items", std::move(encodedItems)}, {"hidden", json(hidden)}};
 }
-
-Expected<Layout, DecodingError> Layout::fromJson(const nlohmann::json& object) {
-  if (!object.is_object())
-    return Unexpected(
-        failure(DecodingError::Kind::typeMismatch, "", "Expected to decode a keyed container."));
-  const auto versionValue = required(object, "version", "", json::value_t::number_integer);
-  if (!versionValue) return Unexpected(versionValue.error());
-  const auto itemsValue = required(object, "items", "", json::value_t::array);
-  if (!itemsValue) return Unexpected(itemsValue.error());
-  const auto hiddenValue = required(object, "hidden", "", json::value_t::array);
-  if (!hiddenValue) return Unexpected(hiddenValue.error());
-
-  Layout layout;
-  const json& number = **versionValue;
-  if (number.is_number_unsigned() && number.get<std::uint64_t>() > static_cast<std::uint64_t>(INT64_MAX))
-    return Unexpected(
-        failure(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64."));
-  if (number.is_number_float()) {
-    const double value = number.get<double>();
-    // The range check comes first: converting a double outside Int64 is undefined.
-    if (!(value < 9.2e18 && value > -9.2e18) ||
-        value != static_cast<double>(static_cast<std::int64_t>(value)))
-      return Unexpected(
-          failure(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64."));
-    layout.version = static_cast<std::int64_t>(value);
-  } else {
-    layout.version = number.get<std::int64_t>();
-  }
-
-  const json& encodedItems = **itemsValue;
-  layout.items.reserve(encodedItems.size());
-  for (std::size_t i = 0; i < encodedItems.size(); ++i) {
-    auto item = decodeItem(encodedItems[i], "items[" + std::to_string(i) + "]");
-    if (!item) return Unexpected(item.error());
-    layout.items.push_back(std::move(*item));
-  }
-  auto hiddenIDs = stringArray(**hiddenValue, "hidden");
-  if (!hiddenIDs) return Unexpected(hiddenIDs.error());
-  layout.hidden.insert(std::make_move_iterator(hiddenIDs->begin()),
-                       std::make_move_iterator(hiddenIDs->end()));
-  return layout;
-}
-
-// --- The arrangement file's fast paths -------------------------------------------
 
 namespace {
 
@@ -277,12 +141,14 @@ std::string Layout::encoded() const {
   return out;
 }
 
+// --- Reading ------------------------------------------------------------------
+
 namespace {
 
-// Streams the arrangement file into a Layout without building a DOM. It keeps
-// fromJson()'s rules: every key required, extra keys skipped, an item object
-// with exactly one known key, and — like the DOM — a repeated key counts once,
-// its last value winning. Tests hold the two decoders to the same results.
+// Turns the events of a JSON document into a Layout: every key required,
+// extra keys skipped, an item object with exactly one known key, and a
+// repeated key counting once, its last value winning, as in a JSON tree
+// (which keeps only the last).
 //
 // Because a later value of the same key replaces an earlier one, a value that
 // cannot be decoded does not end decoding at once: its error is held against
@@ -290,25 +156,21 @@ namespace {
 // skipped, and the key's next value (if any) clears it. An object that ends
 // with an error still held is itself a bad value of its parent's key, up to
 // the document, where the error becomes the result.
-class StreamingDecoder final {
+class LayoutDecoder final {
  public:
-  // The item count is guessed from the file's size (an item takes about 50
-  // bytes as the file is written) so the array rarely grows while being read;
-  // capped so that a huge hostile file does not reserve more than it holds.
-  explicit StreamingDecoder(std::size_t bytes) : itemsHint_(std::min<std::size_t>(bytes / 48, 1 << 16)) {
-    frames_.reserve(16);
-  }
+  // `itemsHint` is reserved for the items array when it opens.
+  explicit LayoutDecoder(std::size_t itemsHint) : itemsHint_(itemsHint) { frames_.reserve(16); }
 
   Expected<Layout, DecodingError> result() && {
     if (error_) return Unexpected(std::move(*error_));
     return std::move(layout_);
   }
 
-  // The events of readJsonEvents().
+  // nlohmann's SAX events; each returns false to stop reading.
   bool null() { return scalar(Type::null, nullptr); }
   bool boolean(bool) { return scalar(Type::boolean, nullptr); }
-  bool integer(std::int64_t value) { return number(static_cast<double>(value), value, true); }
-  bool unsignedInteger(std::uint64_t value) {
+  bool number_integer(std::int64_t value) { return number(static_cast<double>(value), value, true); }
+  bool number_unsigned(std::uint64_t value) {
     if (value > static_cast<std::uint64_t>(INT64_MAX)) {
       if (slot() == Slot::version)
         return fail(DecodingError::Kind::dataCorrupted, "version", "Number does not fit in Int64.");
@@ -316,10 +178,11 @@ class StreamingDecoder final {
     }
     return number(static_cast<double>(value), static_cast<std::int64_t>(value), true);
   }
-  bool floating(double value) { return number(value, 0, false); }
+  bool number_float(double value, const std::string&) { return number(value, 0, false); }
   bool string(std::string& value) { return scalar(Type::string, &value); }
+  bool binary(json::binary_t&) { return scalar(Type::other, nullptr); }
 
-  bool startObject() {
+  bool start_object(std::size_t) {
     const Slot s = slot();
     Kind kind = Kind::skipped;
     switch (s) {
@@ -370,7 +233,7 @@ class StreamingDecoder final {
     return true;
   }
 
-  bool endObject() {
+  bool end_object() {
     Frame& frame = frames_.back();
     // An item's own shape is judged before what its values held.
     std::optional<DecodingError> error;
@@ -386,7 +249,7 @@ class StreamingDecoder final {
     return true;
   }
 
-  bool startArray() {
+  bool start_array(std::size_t) {
     const Slot s = slot();
     Kind kind = Kind::skipped;
     switch (s) {
@@ -416,10 +279,15 @@ class StreamingDecoder final {
     return true;
   }
 
-  bool endArray() {
+  bool end_array() {
     frames_.pop_back();
     advance();
     return true;
+  }
+
+  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) {
+    error_ = DecodingError{DecodingError::Kind::dataCorrupted, "", "The given data was not valid JSON."};
+    return false;
   }
 
  private:
@@ -441,7 +309,7 @@ class StreamingDecoder final {
     folderAppID,
     ignored
   };
-  enum class Type { null, boolean, number, string, object, array };
+  enum class Type { null, boolean, number, string, object, array, other };
 
   struct Frame {
     Kind kind = Kind::skipped;
@@ -657,24 +525,103 @@ class StreamingDecoder final {
     return true;
   }
 
+  std::size_t itemsHint_;
   Layout layout_;
   std::vector<Frame> frames_;
   // Items do not nest, nor do folders: the one being read is kept here
   // rather than in its frame.
-  std::size_t itemsHint_;
   std::optional<LayoutItem> item_;
   Folder folder_;
   std::string folderID_;
   std::optional<DecodingError> error_;
 };
 
+// Hands a JSON tree to the decoder as events, the ones the parser would give
+// for the tree written out. With its own stack rather than recursion: a tree
+// is as deep as the record it was parsed from, whoever wrote that.
+void walk(const json& root, LayoutDecoder& decoder) {
+  struct Open {
+    const json* container;
+    json::const_iterator next;
+  };
+  std::vector<Open> open;
+  std::string text;  // the events take strings by reference and may move from them
+  const json* value = &root;
+  for (;;) {
+    bool go = true;
+    switch (value->type()) {
+      case json::value_t::object:
+        go = decoder.start_object(value->size());
+        open.push_back({value, value->cbegin()});
+        break;
+      case json::value_t::array:
+        go = decoder.start_array(value->size());
+        open.push_back({value, value->cbegin()});
+        break;
+      case json::value_t::string:
+        text = value->get_ref<const std::string&>();
+        go = decoder.string(text);
+        break;
+      case json::value_t::boolean:
+        go = decoder.boolean(value->get<bool>());
+        break;
+      case json::value_t::number_integer:
+        go = decoder.number_integer(value->get<std::int64_t>());
+        break;
+      case json::value_t::number_unsigned:
+        go = decoder.number_unsigned(value->get<std::uint64_t>());
+        break;
+      case json::value_t::number_float:
+        text.clear();
+        go = decoder.number_float(value->get<double>(), text);
+        break;
+      case json::value_t::binary:
+        go = decoder.binary(const_cast<json::binary_t&>(value->get_binary()));
+        break;
+      case json::value_t::null:
+      case json::value_t::discarded:
+        go = decoder.null();
+        break;
+    }
+    if (!go) return;
+    // The next value: the next member of the innermost open container, after
+    // closing every container that has none left.
+    for (;;) {
+      if (open.empty()) return;
+      Open& top = open.back();
+      const bool isObject = top.container->is_object();
+      if (top.next == top.container->cend()) {
+        open.pop_back();
+        if (!(isObject ? decoder.end_object() : decoder.end_array())) return;
+        continue;
+      }
+      if (isObject) {
+        text = top.next.key();
+        if (!decoder.key(text)) return;
+      }
+      value = &*top.next;
+      ++top.next;
+      break;
+    }
+  }
+}
+
 }  // namespace
 
+Expected<Layout, DecodingError> Layout::fromJson(const nlohmann::json& tree) {
+  LayoutDecoder decoder(0);
+  walk(tree, decoder);
+  return std::move(decoder).result();
+}
+
 Expected<Layout, DecodingError> Layout::decode(std::string_view bytes) {
-  StreamingDecoder decoder(bytes.size());
-  if (readJsonEvents(bytes, decoder) == JsonReadOutcome::invalid)
-    return Unexpected(
-        DecodingError{DecodingError::Kind::dataCorrupted, "", "The given data was not valid JSON."});
+  // The item count is guessed from the file's size (an item takes about 50
+  // bytes as the file is written) so the array rarely grows while being read;
+  // capped so that a huge hostile file does not reserve more than it holds.
+  LayoutDecoder decoder(std::min<std::size_t>(bytes.size() / 48, 1 << 16));
+  // A syntax error, or the decoder giving up, ends the parse; either way the
+  // decoder holds the reason.
+  json::sax_parse(bytes.begin(), bytes.end(), &decoder);
   return std::move(decoder).result();
 }
 
