@@ -10,7 +10,8 @@
 #include <memory>
 #include <optional>
 
-#include "Orrery/platform/bundle/BundleInfo.h"
+#include <plist/plist.h>
+
 #include "Orrery/platform/posix/OpenFolder.h"
 
 namespace orrery::platform {
@@ -20,6 +21,36 @@ namespace {
 // Info.plist files are a few kilobytes; anything this large is not one, and
 // reading it would only cost memory.
 constexpr off_t kMaxPlistBytes = 8 * 1024 * 1024;
+
+struct PlistFree {
+  void operator()(plist_t plist) const { plist_free(plist); }
+};
+using Plist = std::unique_ptr<void, PlistFree>;
+
+// The top dictionary of an Info.plist, XML or binary, or nothing.
+Plist readDictionary(std::string_view bytes) {
+  if (bytes.empty() || bytes.size() > UINT32_MAX) return nullptr;
+  const auto length = static_cast<uint32_t>(bytes.size());
+  plist_t root = nullptr;
+  if (plist_is_binary(bytes.data(), length))
+    plist_from_bin(bytes.data(), length, &root);
+  else
+    plist_from_xml(bytes.data(), length, &root);
+  Plist plist(root);
+  if (!plist || plist_get_node_type(plist.get()) != PLIST_DICT) return nullptr;
+  return plist;
+}
+
+// The value of `key` when it is a non-empty string.
+std::optional<std::string> nonEmptyString(const Plist& dictionary, const char* key) {
+  if (!dictionary) return std::nullopt;
+  const plist_t node = plist_dict_get_item(dictionary.get(), key);
+  if (node == nullptr || plist_get_node_type(node) != PLIST_STRING) return std::nullopt;
+  uint64_t length = 0;
+  const char* text = plist_get_string_ptr(node, &length);
+  if (text == nullptr || length == 0) return std::nullopt;
+  return std::string(text, static_cast<std::size_t>(length));
+}
 
 // The record of the bundle `path`, found as `location`. `scratch` is any
 // buffer, reused between bundles.
@@ -32,22 +63,22 @@ BundleRecord readBundle(const std::string& path, OpenFolder::Location location, 
 
   std::string infoPlist(location.name);
   infoPlist += "/Contents/Info.plist";
-  BundleInfo info = readWholeFile({location.folder, infoPlist.c_str()}, kMaxPlistBytes, scratch)
-                        ? BundleInfo::read(scratch)
-                        : BundleInfo{};
+  const Plist info = readWholeFile({location.folder, infoPlist.c_str()}, kMaxPlistBytes, scratch)
+                         ? readDictionary(scratch)
+                         : nullptr;
 
   BundleRecord record;
   record.app.url = path;
-  if (info.displayName) {
-    record.app.name = std::move(*info.displayName);
-  } else if (info.name) {
-    record.app.name = std::move(*info.name);
+  if (auto displayName = nonEmptyString(info, "CFBundleDisplayName")) {
+    record.app.name = std::move(*displayName);
+  } else if (auto name = nonEmptyString(info, "CFBundleName")) {
+    record.app.name = std::move(*name);
   } else {
     const auto slash = path.find_last_of('/');
     const std::string_view file = std::string_view(path).substr(slash == std::string::npos ? 0 : slash + 1);
     record.app.name = std::string(file.substr(0, file.size() - 4));
   }
-  record.app.id = info.identifier ? std::move(*info.identifier) : path;
+  record.app.id = nonEmptyString(info, "CFBundleIdentifier").value_or(path);
   record.app.modified = modified;
   return record;
 }

@@ -2,7 +2,7 @@
 //
 // A candidate is a folder whose name ends in ".app" (exactly: "Foo.APP" is
 // an ordinary folder and is searched like one). Its record comes from
-// "Contents/Info.plist", XML or binary (see BundleInfo):
+// "Contents/Info.plist", XML or binary, read with libplist:
 //   name  CFBundleDisplayName, else CFBundleName, else the folder's name
 //         without ".app";
 //   id    CFBundleIdentifier, else the bundle's path;

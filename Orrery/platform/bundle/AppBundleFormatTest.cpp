@@ -78,6 +78,15 @@ TEST_F(AppBundleFormatTest, NamesAndIdsFallBackToTheFolder) {
             "<string>MailName</string><key>CFBundleIdentifier</key><string>com.apple.mail</string></dict></"
             "plist>",
             "Mail & More", "com.apple.mail"},
+           // As Xcode writes it; and binary, where anything beyond ASCII is UTF-16.
+           {"Preview.app",
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST "
+            "1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n<plist version=\"1.0\">\n<dict>\n"
+            "\t<key>CFBundleName</key>\n\t<string>Vorschau \xe2\x9c\x8e</string>\n"
+            "\t<key>CFBundleIdentifier</key>\n\t<string>com.apple.Preview</string>\n</dict>\n</plist>\n",
+            "Vorschau \xe2\x9c\x8e", "com.apple.Preview"},
+           {"Notes.app", binaryPlist({{"CFBundleName", "Notizen \xe2\x9c\x8e"}, {"CFBundleIdentifier", "n"}}),
+            "Notizen \xe2\x9c\x8e", "n"},
            {"Calc.app",
             binaryPlist(
                 {{"CFBundleDisplayName", ""}, {"CFBundleName", "Calculator"}, {"CFBundleIdentifier", ""}}),
