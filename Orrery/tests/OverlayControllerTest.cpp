@@ -1,0 +1,146 @@
+#include <QKeyEvent>
+#include <QQuickView>
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Orrery/overlay/OverlayController.h"
+#include "Orrery/tests/ManualClock.h"
+#include "OrreryCore/storage/MemoryFileSystem.h"
+#include "OrreryCore/testing/LayoutBuilders.h"
+
+namespace orrery::app {
+namespace {
+
+using namespace std::chrono_literals;
+using orrery::testing::app;
+using orrery::testing::appInfo;
+using orrery::testing::byID;
+using orrery::testing::folder;
+using orrery::testing::layoutOf;
+using testing::ManualClock;
+
+QKeyEvent key(int code, const QString& text = {}) {
+  return QKeyEvent(QEvent::KeyPress, code, Qt::NoModifier, text);
+}
+
+class OverlayControllerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::vector<LayoutItem> items{folder("Games", {"chess", "mines"})};
+    for (int i = 0; i < 40; ++i) items.push_back(app("app" + std::to_string(i)));
+    files.writeFile("/data/Orrery/layout.json", layoutOf(items).encoded());
+    arrangement = std::make_unique<ArrangementController>(LayoutStore("/data/Orrery", files), false);
+    model = std::make_unique<OverlayModel>(*arrangement);
+    std::vector<AppInfo> apps{appInfo("chess", "Chess"), appInfo("mines", "Mines")};
+    for (int i = 0; i < 40; ++i)
+      apps.push_back(appInfo("app" + std::to_string(i), "App " + std::to_string(i)));
+    model->sync(arrangement->layout(), byID(apps), Settings());
+    QObject::connect(model.get(), &OverlayModel::launchRequested,
+                     [this](const AppInfo& chosen) { launched.push_back(chosen.id); });
+    controller = std::make_unique<OverlayController>(*model, clock);
+  }
+
+  bool press(int code, const QString& text = {}) { return controller->handleKey(key(code, text)); }
+
+  MemoryFileSystem files;
+  ManualClock clock;
+  std::unique_ptr<ArrangementController> arrangement;
+  std::unique_ptr<OverlayModel> model;
+  std::unique_ptr<OverlayController> controller;
+  std::vector<std::string> launched;
+};
+
+TEST_F(OverlayControllerTest, TheViewsLoadAndTheWindowIsReusedHidden) {
+  ASSERT_NE(controller->window(), nullptr);
+  EXPECT_TRUE(controller->window()->errors().isEmpty());
+  ASSERT_NE(controller->window()->rootObject(), nullptr);
+  EXPECT_FALSE(controller->window()->isVisible());
+  EXPECT_TRUE(controller->window()->flags().testFlag(Qt::FramelessWindowHint));
+  EXPECT_TRUE(controller->window()->flags().testFlag(Qt::WindowStaysOnTopHint));
+}
+
+TEST_F(OverlayControllerTest, AShowDuringAFadeOutStaysShown) {
+  controller->show();
+  EXPECT_TRUE(controller->window()->isVisible());
+  controller->hide();
+  EXPECT_FALSE(controller->revealed());
+  clock.advance(100ms);
+  EXPECT_TRUE(controller->window()->isVisible());  // still fading out
+  controller->show();
+  clock.advance(500ms);  // the end of the first fade comes and goes
+  EXPECT_TRUE(controller->window()->isVisible());
+  EXPECT_TRUE(controller->revealed());
+
+  controller->hide();
+  clock.advance(OverlayController::fadeDuration);
+  EXPECT_FALSE(controller->window()->isVisible());
+  EXPECT_FALSE(controller->isVisible());
+}
+
+TEST_F(OverlayControllerTest, EscClosesTheFolderBeforeItHidesTheOverlay) {
+  controller->show();
+  model->openFolder(QString::fromStdString(arrangement->layout().items[0].asFolder()->id.text()));
+  ASSERT_FALSE(model->openFolderID().isEmpty());
+  EXPECT_TRUE(press(Qt::Key_Escape));
+  EXPECT_TRUE(model->openFolderID().isEmpty());
+  EXPECT_TRUE(controller->isVisible());
+  EXPECT_TRUE(press(Qt::Key_Escape));
+  EXPECT_FALSE(controller->isVisible());
+}
+
+TEST_F(OverlayControllerTest, ReturnLaunchesOnlyWhatTheSearchFound) {
+  controller->show();
+  EXPECT_TRUE(press(Qt::Key_M, "m"));  // type-to-search from anywhere
+  EXPECT_EQ(model->query(), "m");
+  press(Qt::Key_I, "i");
+  EXPECT_TRUE(press(Qt::Key_Return));
+  EXPECT_EQ(launched, std::vector<std::string>{"mines"});
+
+  model->setQuery("nothing like it");
+  EXPECT_TRUE(press(Qt::Key_Enter));
+  EXPECT_EQ(launched.size(), 1u);
+}
+
+TEST_F(OverlayControllerTest, ArrowsTurnPagesExceptWhileSearching) {
+  Settings small;
+  small.columns = 5;
+  small.rows = 4;
+  model->sync(arrangement->layout(), OverlayModel::AppMap(), small);  // 41 items, 20 a page: 3 pages
+  controller->show();
+  EXPECT_TRUE(press(Qt::Key_Right));
+  EXPECT_EQ(model->page(), 1);
+  EXPECT_TRUE(press(Qt::Key_End));
+  EXPECT_EQ(model->page(), 2);
+  EXPECT_TRUE(press(Qt::Key_PageUp));
+  EXPECT_EQ(model->page(), 1);
+
+  model->setQuery("app");
+  EXPECT_FALSE(press(Qt::Key_Left));  // left to the text field
+  EXPECT_FALSE(press(Qt::Key_Home));
+  EXPECT_EQ(model->page(), 1);
+}
+
+TEST_F(OverlayControllerTest, WheelClicksTurnPagesAndScrollInScrollMode) {
+  Settings small;
+  small.columns = 5;
+  small.rows = 4;
+  model->sync(arrangement->layout(), OverlayModel::AppMap(), small);
+  controller->show();
+  EXPECT_TRUE(controller->handleWheel({WheelInput::Phase::none, 0, -15, 1000ms}));
+  EXPECT_TRUE(controller->handleWheel({WheelInput::Phase::none, 0, -15, 1100ms}));
+  EXPECT_EQ(model->page(), 1);
+
+  small.layoutMode = LayoutMode::scroll;
+  model->sync(arrangement->layout(), OverlayModel::AppMap(), small);
+  model->setViewport(400, 2000);
+  controller->handleWheel({WheelInput::Phase::none, 0, -120, 2000ms});
+  EXPECT_EQ(model->scrollOffset(), 120);
+}
+
+}  // namespace
+}  // namespace orrery::app
