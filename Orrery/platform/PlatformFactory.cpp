@@ -4,10 +4,12 @@
 
 #if defined(__APPLE__)
 #include "Orrery/platform/bundle/AppBundleFormat.h"
+#include "Orrery/platform/bundle/BundleIconLocator.h"
 #else
 #include "Orrery/platform/xdg/DesktopEntryFormat.h"
 #include "Orrery/platform/xdg/XdgAutostart.h"
 #include "Orrery/platform/xdg/XdgDirectories.h"
+#include "Orrery/platform/xdg/XdgIconLocator.h"
 #endif
 
 namespace orrery::platform {
@@ -50,6 +52,33 @@ std::unique_ptr<app::LoginItem> makeLoginItem(const QString& executable) {
   return std::make_unique<XdgAutostart>(XdgAutostart::from(XdgDirectories::fromVariables(processVariables())),
                                         executable);
 #endif
+}
+
+std::shared_ptr<const app::IconLocator> makeIconLocator() {
+#if defined(__APPLE__)
+  return std::make_shared<const BundleIconLocator>();
+#else
+  return std::make_shared<const XdgIconLocator>();
+#endif
+}
+
+app::IconThemeFolders iconThemeFolders() {
+  app::IconThemeFolders folders;
+#if !defined(__APPLE__)
+  // The order GTK searches in: the user's data folder, the old ~/.icons,
+  // then the system's data folders.
+  const XdgDirectories xdg = XdgDirectories::fromVariables(processVariables());
+  const auto add = [&](const std::string& folder) {
+    if (folder.empty()) return;
+    const QString path = QString::fromStdString(folder);
+    if (!folders.themeFolders.contains(path)) folders.themeFolders.append(path);
+  };
+  if (!xdg.dataHome.empty()) add(xdg.dataHome + "/icons");
+  if (!xdg.home.empty()) add(xdg.home + "/.icons");
+  for (const std::string& dataDir : xdg.dataDirs) add((dataDir == "/" ? "" : dataDir) + "/icons");
+  folders.pixmapFolders.append(QStringLiteral("/usr/share/pixmaps"));
+#endif
+  return folders;
 }
 
 }  // namespace orrery::platform

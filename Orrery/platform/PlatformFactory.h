@@ -11,6 +11,8 @@
 #include <memory>
 #include <string>
 
+#include "Orrery/appearance/IconLocator.h"
+#include "Orrery/appearance/IconTheme.h"
 #include "Orrery/settings/LoginItem.h"
 #include "OrreryCore/catalog/AppScanner.h"
 #include "OrreryCore/catalog/BundleFormat.h"
@@ -34,5 +36,14 @@ std::string collationLocale();
 
 // Launch at login for `executable`: an XDG autostart entry on free desktops.
 std::unique_ptr<app::LoginItem> makeLoginItem(const QString& executable);
+
+// What names an app's icon: the desktop entry's Icon key on free desktops,
+// the bundle's CFBundleIconFile on macOS.
+std::shared_ptr<const app::IconLocator> makeIconLocator();
+
+// Where icon themes and loose icons are: on free desktops the "icons"
+// folders of the XDG data folders and ~/.icons, then /usr/share/pixmaps;
+// nothing on macOS, which has no icon themes.
+app::IconThemeFolders iconThemeFolders();
 
 }  // namespace orrery::platform
