@@ -18,9 +18,10 @@ namespace {
 // one of its own.
 const QString kGenericIconName = QStringLiteral("application-x-executable");
 
-// A plain tile for when not even the theme has a generic icon (macOS has no
-// icon themes; minimal Linux systems may lack one): a rounded square with
-// a window outline, legible on light and dark backgrounds.
+// A plain tile for when not even the theme has a generic icon (some
+// platforms have no icon themes, minimal systems may lack the icon): a
+// rounded square with a window outline, legible on light and dark
+// backgrounds.
 QImage drawnGenericIcon(int pixelSize) {
   QImage image(pixelSize, pixelSize, QImage::Format_ARGB32_Premultiplied);
   image.fill(Qt::transparent);

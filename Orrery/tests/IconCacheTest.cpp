@@ -237,7 +237,7 @@ TEST_F(IconCacheTest, PreloadFillsTheCacheAheadOfRequests) {
 // The URL a delegate binds to brings the app back to the provider byte
 // for byte, however odd its path, the way Qt Quick hands the id over.
 TEST_F(IconCacheTest, ImageSourcesCarryTheAppToTheProvider) {
-  const std::vector<std::string> paths{"/usr/share/applications/org.gnome.Nautilus.desktop",
+  const std::vector<std::string> paths{"/usr/share/applications/org.example.Files.desktop",
                                        "/opt/My Apps/100% Pure?.desktop",
                                        "/home/z\xc3\xbcrich/#1&v=2.desktop", "/tmp/latin1-\xe9.desktop", ""};
   for (const std::string& url : paths) {
