@@ -10,12 +10,17 @@
 #include <QScreen>
 #include <QWheelEvent>
 
+#include <cmath>
+
+#include "Orrery/appearance/IconCache.h"
 #include "Orrery/base/Logging.h"
 
 namespace orrery::app {
 
-OverlayController::OverlayController(OverlayModel& model, Clock& clock, QObject* parent)
+OverlayController::OverlayController(OverlayModel& model, Clock& clock, QQuickImageProvider* icons,
+                                     QObject* parent)
     : QObject(parent), model_(model), clock_(clock), view_(std::make_unique<QQuickView>()) {
+  if (icons != nullptr) view_->engine()->addImageProvider(QLatin1String(IconCache::providerName), icons);
   view_->setTitle(QStringLiteral("Orrery"));
   view_->setFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
   view_->setColor(Qt::black);
@@ -37,6 +42,12 @@ OverlayController::OverlayController(OverlayModel& model, Clock& clock, QObject*
 }
 
 OverlayController::~OverlayController() = default;
+
+int OverlayController::iconPixelSize() const {
+  const QScreen* screen = view_->screen() != nullptr ? view_->screen() : QGuiApplication::primaryScreen();
+  const double ratio = screen != nullptr ? screen->devicePixelRatio() : 1.0;
+  return static_cast<int>(std::lround(model_.iconSize() * ratio));
+}
 
 void OverlayController::show(QScreen* screen, const QString& label) {
   if (screen == nullptr) screen = QGuiApplication::screenAt(QCursor::pos());

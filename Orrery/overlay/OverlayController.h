@@ -33,6 +33,7 @@
 #include "Orrery/overlay/SwipeTracker.h"
 
 class QKeyEvent;
+class QQuickImageProvider;
 class QQuickView;
 class QScreen;
 class QWheelEvent;
@@ -47,8 +48,10 @@ class OverlayController final : public QObject {
   static constexpr std::chrono::milliseconds fadeDuration{180};
 
   // `model` and `clock` must outlive the controller. The window is built
-  // here, hidden.
-  OverlayController(OverlayModel& model, Clock& clock, QObject* parent = nullptr);
+  // here, hidden; `icons`, when given, serves the tiles' icon images (the
+  // window's engine takes it over).
+  OverlayController(OverlayModel& model, Clock& clock, QQuickImageProvider* icons = nullptr,
+                    QObject* parent = nullptr);
   ~OverlayController() override;
 
   // Shows the overlay on `screen`, or on the screen under the pointer.
@@ -63,6 +66,8 @@ class OverlayController final : public QObject {
   bool revealed() const { return revealed_; }
   std::uint64_t visibilityGeneration() const { return generation_; }
   QQuickView* window() const { return view_.get(); }
+  // The pixels of one icon on the overlay's screen.
+  int iconPixelSize() const;
 
   // Input of the overlay window; true when it was used. Public so tests can
   // drive the key table without a window system.

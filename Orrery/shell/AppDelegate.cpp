@@ -1,6 +1,7 @@
 #include "Orrery/shell/AppDelegate.h"
 
 #include <QCoreApplication>
+#include <QIcon>
 
 #include <string>
 #include <string_view>
@@ -59,15 +60,34 @@ void AppDelegate::launch() {
   catalog_->start();
   if (launchAtLogin_) launchAtLogin_->refresh();
 
+  icons_ = std::make_unique<IconCache>(platform::makeIconLocator(), QIcon::themeName(),
+                                       platform::iconThemeFolders());
   overlayModel_ = std::make_unique<OverlayModel>(*arrangement_);
-  overlay_ = std::make_unique<OverlayController>(*overlayModel_, clock_);
+  overlay_ = std::make_unique<OverlayController>(*overlayModel_, clock_, icons_->makeImageProvider());
   const auto syncOverlay = [this] {
     overlayModel_->sync(arrangement_->layout(), catalog_->apps(), settings_->settings());
   };
+  // Icons are made ahead, at the size the grid draws them, whenever the apps
+  // or that size change; the tiles then find them ready.
+  const auto preloadIcons = [this] {
+    const int pixels = overlay_->iconPixelSize();
+    if (pixels != iconPixels_) {
+      iconPixels_ = pixels;
+      overlayModel_->setIconSource(
+          [pixels](const AppInfo& app) { return IconCache::imageSource(app, pixels).toString(); });
+    }
+    std::vector<AppInfo> apps;
+    apps.reserve(catalog_->apps().size());
+    for (const auto& [id, app] : catalog_->apps()) apps.push_back(app);
+    icons_->preload(std::move(apps), pixels);
+  };
   syncOverlay();
+  preloadIcons();
   connect(arrangement_.get(), &ArrangementController::layoutChanged, overlayModel_.get(), syncOverlay);
   connect(catalog_.get(), &AppCatalog::changed, overlayModel_.get(), syncOverlay);
+  connect(catalog_.get(), &AppCatalog::changed, icons_.get(), preloadIcons);
   connect(settings_.get(), &SettingsStore::settingsChanged, overlayModel_.get(), syncOverlay);
+  connect(overlayModel_.get(), &OverlayModel::gridChanged, icons_.get(), preloadIcons);
 
   qCInfo(shellLog, "Orrery gestartet; Daten in %s", dataDirectory_.c_str());
 }

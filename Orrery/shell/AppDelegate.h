@@ -24,6 +24,7 @@
 #include <memory>
 #include <optional>
 
+#include "Orrery/appearance/IconCache.h"
 #include "Orrery/base/QtClock.h"
 #include "Orrery/catalog/AppCatalog.h"
 #include "Orrery/catalog/ArrangementController.h"
@@ -75,6 +76,8 @@ class AppDelegate final : public QObject {
   std::unique_ptr<SettingsStore> settings_;
   std::unique_ptr<LoginItem> loginItem_;  // none where the platform has no adapter
   std::unique_ptr<LaunchAtLogin> launchAtLogin_;
+  std::unique_ptr<IconCache> icons_;
+  int iconPixels_ = 0;  // the size the tiles' icon sources ask for
   std::unique_ptr<OverlayModel> overlayModel_;
   std::unique_ptr<OverlayController> overlay_;
   bool launched_ = false;
