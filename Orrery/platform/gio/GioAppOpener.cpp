@@ -1,5 +1,6 @@
 #include "Orrery/platform/gio/GioAppOpener.h"
 
+#include <fcntl.h>
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 #include <signal.h>
@@ -12,11 +13,16 @@
 #include <string>
 #include <system_error>
 
+#include "Orrery/platform/posix/OpenFolder.h"
+
 namespace orrery::platform {
 
 namespace {
 
 using app::LaunchFailure;
+
+// Far beyond any real entry; the same bound the scan reads entries with.
+constexpr off_t kMaxEntryBytes = 4 * 1024 * 1024;
 
 struct ObjectUnref {
   void operator()(gpointer object) const { g_object_unref(object); }
@@ -87,16 +93,16 @@ std::optional<LaunchFailure> programProblem(const std::string& program) {
 
 // GIO refuses an entry without saying why: one it cannot parse, one that
 // is no application, and one whose TryExec or Exec program cannot run right
-// now all come back as nothing. Read the entry again to tell the user which.
-LaunchFailure whyRefused(const std::string& path, const struct stat& status) {
+// now all come back as nothing. The entry's bytes tell the user which.
+LaunchFailure whyRefused(const std::string& bytes) {
   constexpr const char* group = "Desktop Entry";
-  // Opening anything but a plain file could block again, as it did in GIO.
-  if (!S_ISREG(status.st_mode)) return {LaunchFailure::Reason::entryInvalid, "Eintrag ist keine Datei"};
   const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file(g_key_file_new(), &g_key_file_unref);
   GError* error = nullptr;
-  if (!g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, &error)) {
-    LaunchFailure failure{LaunchFailure::Reason::entryInvalid, error->message};
-    g_error_free(error);
+  if (bytes.empty() ||
+      !g_key_file_load_from_data(file.get(), bytes.data(), bytes.size(), G_KEY_FILE_NONE, &error)) {
+    LaunchFailure failure{LaunchFailure::Reason::entryInvalid,
+                          error == nullptr ? "Eintrag leer" : error->message};
+    if (error != nullptr) g_error_free(error);
     return failure;
   }
   auto value = [&](const char* key) -> std::string {
@@ -118,22 +124,38 @@ LaunchFailure whyRefused(const std::string& path, const struct stat& status) {
   return {LaunchFailure::Reason::entryInvalid, "GIO liest den Eintrag nicht als App (Type, Exec)"};
 }
 
-}  // namespace
-
-Expected<std::monostate, LaunchFailure> GioAppOpener::open(const AppInfo& app) const {
-  // GIO answers a vanished entry and a broken one alike (no info at all), and
-  // an uninstalled app is worth telling apart: the catalog drops it soon.
+// The entry's bytes, or why there are none. A vanished entry is told apart
+// from a broken one: the app was uninstalled, and the catalog drops it soon.
+Expected<std::string, LaunchFailure> readEntry(const std::string& path) {
+  std::string bytes;
+  if (readWholeFile({AT_FDCWD, path.c_str()}, kMaxEntryBytes, bytes)) return bytes;
   struct stat status {};
-  if (::stat(app.url.c_str(), &status) != 0) {
+  if (::stat(path.c_str(), &status) != 0) {
     const int error = errno;
     const std::string text = std::system_category().message(error);
     if (error == ENOENT || error == ENOTDIR)
       return failure(LaunchFailure::Reason::entryMissing, "Eintrag fehlt: " + text);
     return failure(LaunchFailure::Reason::entryInvalid, "Eintrag nicht lesbar: " + text);
   }
+  if (!S_ISREG(status.st_mode))
+    return failure(LaunchFailure::Reason::entryInvalid, "Eintrag ist keine Datei");
+  return failure(LaunchFailure::Reason::entryInvalid, "Eintrag nicht lesbar oder zu groß");
+}
+
+}  // namespace
+
+Expected<std::monostate, LaunchFailure> GioAppOpener::open(const AppInfo& app) const {
+  // GIO reads the entry holding a lock that every GDesktopAppInfo of the
+  // process shares, so an entry on a mount that stopped answering would
+  // stall every launch after it. Reading it here first, without the lock,
+  // leaves the stall to this launch alone; GIO then finds the file in the
+  // page cache. Anything but a plain file goes no further, since GIO would
+  // block on a FIFO as well.
+  const auto bytes = readEntry(app.url);
+  if (!bytes) return Unexpected(bytes.error());
 
   GObjectPtr<GDesktopAppInfo> info(g_desktop_app_info_new_from_filename(app.url.c_str()));
-  if (!info) return Unexpected(whyRefused(app.url, status));
+  if (!info) return Unexpected(whyRefused(*bytes));
 
   GObjectPtr<GAppLaunchContext> context(g_app_launch_context_new());
   // Tokens the session gave us for our own start; a program that inherited

@@ -21,7 +21,8 @@
 // pointer for the launch.
 //
 // Thread rules: open() may be called from any thread, several calls at
-// once; each call uses GIO objects of its own.
+// once; each call uses GIO objects of its own, and one that hangs on an
+// entry that cannot be read holds up only itself.
 #pragma once
 
 #include <variant>
