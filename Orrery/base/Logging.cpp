@@ -7,5 +7,6 @@ Q_LOGGING_CATEGORY(settingsLog, "ch.lumenfold.orrery.settings")
 Q_LOGGING_CATEGORY(syncLog, "ch.lumenfold.orrery.sync")
 Q_LOGGING_CATEGORY(shellLog, "ch.lumenfold.orrery.shell")
 Q_LOGGING_CATEGORY(overlayLog, "ch.lumenfold.orrery.overlay")
+Q_LOGGING_CATEGORY(launchLog, "ch.lumenfold.orrery.launch")
 
 }  // namespace orrery::app

@@ -3,7 +3,8 @@
 // QT_LOGGING_RULES line can silence or select an area.
 //
 // Levels: qCCritical for the guards against losing the user's data (a
-// discarded scan, a failed save, a sync state that cannot be trusted),
+// discarded scan, a failed save, a sync state that cannot be trusted) and
+// for what the user asked for and did not get (an app that did not open),
 // qCInfo for notes, qCWarning for trouble that loses nothing.
 //
 // Thread rules: the categories are safe to use from any thread.
@@ -18,5 +19,6 @@ Q_DECLARE_LOGGING_CATEGORY(settingsLog)
 Q_DECLARE_LOGGING_CATEGORY(syncLog)
 Q_DECLARE_LOGGING_CATEGORY(shellLog)
 Q_DECLARE_LOGGING_CATEGORY(overlayLog)
+Q_DECLARE_LOGGING_CATEGORY(launchLog)
 
 }  // namespace orrery::app

@@ -5,7 +5,9 @@
 #if defined(__APPLE__)
 #include "Orrery/platform/bundle/AppBundleFormat.h"
 #include "Orrery/platform/bundle/BundleIconLocator.h"
+#include "Orrery/platform/macos/WorkspaceOpener.h"
 #else
+#include "Orrery/platform/gio/GioAppOpener.h"
 #include "Orrery/platform/xdg/DesktopEntryFormat.h"
 #include "Orrery/platform/xdg/XdgAutostart.h"
 #include "Orrery/platform/xdg/XdgDirectories.h"
@@ -79,6 +81,14 @@ app::IconThemeFolders iconThemeFolders() {
   folders.pixmapFolders.append(QStringLiteral("/usr/share/pixmaps"));
 #endif
   return folders;
+}
+
+std::shared_ptr<const app::AppOpener> makeAppOpener() {
+#if defined(__APPLE__)
+  return std::make_shared<const WorkspaceOpener>();
+#else
+  return std::make_shared<const GioAppOpener>();
+#endif
 }
 
 }  // namespace orrery::platform

@@ -2,7 +2,8 @@
 // runs on. Everything else is handed the adapters made here and never asks.
 //
 // Thread rules: call from the main thread at start-up; the results are
-// immutable (the login item is main-thread only, like its user).
+// immutable (the login item is main-thread only, like its user; the app
+// opener is called from the launcher's threads).
 #pragma once
 
 #include <QString>
@@ -13,6 +14,7 @@
 
 #include "Orrery/appearance/IconLocator.h"
 #include "Orrery/appearance/IconTheme.h"
+#include "Orrery/overlay/AppOpener.h"
 #include "Orrery/settings/LoginItem.h"
 #include "OrreryCore/catalog/AppScanner.h"
 #include "OrreryCore/catalog/BundleFormat.h"
@@ -45,5 +47,8 @@ std::shared_ptr<const app::IconLocator> makeIconLocator();
 // folders of the XDG data folders and ~/.icons, then /usr/share/pixmaps;
 // nothing on macOS, which has no icon themes.
 app::IconThemeFolders iconThemeFolders();
+// How the launcher starts an app: its desktop entry through GIO on free
+// desktops, its bundle through the workspace on macOS.
+std::shared_ptr<const app::AppOpener> makeAppOpener();
 
 }  // namespace orrery::platform
