@@ -25,6 +25,11 @@ int main(int argc, char* argv[]) {
   const QCommandLineOption showOverlay(
       QStringLiteral("show-overlay"), QStringLiteral("Show the overlay as soon as the program has started."));
   commandLine.addOption(showOverlay);
+  const QCommandLineOption perfTest(
+      QStringLiteral("perf-test"),
+      QStringLiteral(
+          "Show the overlay, page through it and search, log how long each frame took, and quit."));
+  commandLine.addOption(perfTest);
   commandLine.process(application);
 
   const auto dataDirectory = orrery::app::AppDelegate::defaultDataDirectory();
@@ -40,9 +45,13 @@ int main(int argc, char* argv[]) {
   orrery::app::quitOnTerminationSignals();
 
   orrery::app::AppDelegate delegate(dataDirectory);
-  QTimer::singleShot(0, &delegate, [&delegate, show = commandLine.isSet(showOverlay)] {
-    delegate.launch();
-    if (show) delegate.showOverlay(QStringLiteral("--show-overlay"));
-  });
+  QTimer::singleShot(0, &delegate,
+                     [&delegate, show = commandLine.isSet(showOverlay), perf = commandLine.isSet(perfTest)] {
+                       delegate.launch();
+                       if (perf)
+                         delegate.runPerfTest();
+                       else if (show)
+                         delegate.showOverlay(QStringLiteral("--show-overlay"));
+                     });
   return QApplication::exec();
 }

@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QQmlContext>
 #include <QQmlEngine>
+#include <QQuickImageProvider>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
@@ -64,6 +65,7 @@ void OverlayController::show(QScreen* screen, const QString& label) {
   view_->showFullScreen();
   view_->raise();
   view_->requestActivate();
+  model_.setMessage({});
   model_.requestFocus();
   setRevealed(true);
 }

@@ -1,5 +1,8 @@
 #include "Orrery/platform/PlatformFactory.h"
 
+#include <QFileInfo>
+#include <QSettings>
+
 #include "Orrery/platform/posix/ProcessEnvironment.h"
 
 #if defined(__APPLE__)
@@ -89,6 +92,26 @@ std::shared_ptr<const app::AppOpener> makeAppOpener() {
 #else
   return std::make_shared<const GioAppOpener>();
 #endif
+}
+
+QString iconThemeName(const QString& qtTheme, const app::IconThemeFolders& folders) {
+  const auto installed = [&folders](const QString& theme) {
+    for (const QString& folder : folders.themeFolders)
+      if (QFileInfo::exists(folder + QLatin1Char('/') + theme + QStringLiteral("/index.theme"))) return true;
+    return false;
+  };
+  if (!qtTheme.isEmpty() && qtTheme != QLatin1String("hicolor") && installed(qtTheme)) return qtTheme;
+#if !defined(__APPLE__)
+  // GTK's own setting, which desktops without a Qt platform theme keep.
+  const XdgDirectories xdg = XdgDirectories::fromVariables(processVariables());
+  for (const char* file : {"/gtk-4.0/settings.ini", "/gtk-3.0/settings.ini"}) {
+    const QSettings gtk(QString::fromStdString(xdg.configHome) + QLatin1String(file), QSettings::IniFormat);
+    const QString theme = gtk.value(QStringLiteral("Settings/gtk-icon-theme-name")).toString();
+    if (!theme.isEmpty() && installed(theme)) return theme;
+  }
+#endif
+  if (installed(QStringLiteral("Adwaita"))) return QStringLiteral("Adwaita");
+  return QStringLiteral("hicolor");
 }
 
 }  // namespace orrery::platform

@@ -47,6 +47,12 @@ std::shared_ptr<const app::IconLocator> makeIconLocator();
 // folders of the XDG data folders and ~/.icons, then /usr/share/pixmaps;
 // nothing on macOS, which has no icon themes.
 app::IconThemeFolders iconThemeFolders();
+
+// The user's icon theme: `qtTheme` (what Qt's platform theme reports) when
+// it names a real theme, else the one GTK is set to, else Adwaita when it
+// is installed; hicolor, the fallback of every theme, as the last resort.
+// Outside a full desktop session Qt often knows no theme at all.
+QString iconThemeName(const QString& qtTheme, const app::IconThemeFolders& folders);
 // How the launcher starts an app: its desktop entry through GIO on free
 // desktops, its bundle through the workspace on macOS.
 std::shared_ptr<const app::AppOpener> makeAppOpener();

@@ -60,8 +60,9 @@ void AppDelegate::launch() {
   catalog_->start();
   if (launchAtLogin_) launchAtLogin_->refresh();
 
-  icons_ = std::make_unique<IconCache>(platform::makeIconLocator(), QIcon::themeName(),
-                                       platform::iconThemeFolders());
+  const IconThemeFolders iconFolders = platform::iconThemeFolders();
+  icons_ = std::make_unique<IconCache>(platform::makeIconLocator(),
+                                       platform::iconThemeName(QIcon::themeName(), iconFolders), iconFolders);
   overlayModel_ = std::make_unique<OverlayModel>(*arrangement_);
   overlay_ = std::make_unique<OverlayController>(*overlayModel_, clock_, icons_->makeImageProvider());
   const auto syncOverlay = [this] {
@@ -83,6 +84,18 @@ void AppDelegate::launch() {
   };
   syncOverlay();
   preloadIcons();
+
+  // The overlay stays until the app really started, so a failure can be
+  // shown where the user looked; it then stays usable.
+  launcher_ = std::make_unique<AppLauncher>(platform::makeAppOpener());
+  connect(overlayModel_.get(), &OverlayModel::launchRequested, launcher_.get(),
+          [this](const AppInfo& app) { launcher_->launch(app); });
+  connect(launcher_.get(), &AppLauncher::launched, overlay_.get(), [this] {
+    overlayModel_->setMessage({});
+    overlay_->hide();
+  });
+  connect(launcher_.get(), &AppLauncher::launchFailed, overlayModel_.get(),
+          [this](const QString&, const QString& message) { overlayModel_->setMessage(message); });
   connect(arrangement_.get(), &ArrangementController::layoutChanged, overlayModel_.get(), syncOverlay);
   connect(catalog_.get(), &AppCatalog::changed, overlayModel_.get(), syncOverlay);
   connect(catalog_.get(), &AppCatalog::changed, icons_.get(), preloadIcons);
@@ -90,6 +103,19 @@ void AppDelegate::launch() {
   connect(overlayModel_.get(), &OverlayModel::gridChanged, icons_.get(), preloadIcons);
 
   qCInfo(shellLog, "Orrery gestartet; Daten in %s", dataDirectory_.c_str());
+}
+
+void AppDelegate::runPerfTest() {
+  if (!overlay_ || perfRun_) return;
+  perfRun_ = std::make_unique<PerfRun>(*overlay_, *overlayModel_);
+  connect(perfRun_.get(), &PerfRun::finished, QCoreApplication::instance(), &QCoreApplication::quit);
+  // The grid is measured with the apps in it: after the first scan.
+  connect(catalog_.get(), &AppCatalog::scanApplied, perfRun_.get(), [this] {
+    if (!perfStarted_) {
+      perfStarted_ = true;
+      perfRun_->start();
+    }
+  });
 }
 
 void AppDelegate::showOverlay(const QString& label) {

@@ -28,8 +28,10 @@
 #include "Orrery/base/QtClock.h"
 #include "Orrery/catalog/AppCatalog.h"
 #include "Orrery/catalog/ArrangementController.h"
+#include "Orrery/overlay/AppLauncher.h"
 #include "Orrery/overlay/OverlayController.h"
 #include "Orrery/overlay/OverlayModel.h"
+#include "Orrery/overlay/PerfRun.h"
 #include "Orrery/settings/LaunchAtLogin.h"
 #include "Orrery/settings/LoginItem.h"
 #include "Orrery/settings/QSettingsKeyValueStore.h"
@@ -52,6 +54,9 @@ class AppDelegate final : public QObject {
   void launch();
   // Shows the overlay; `label` names the occasion in the show-time log.
   void showOverlay(const QString& label);
+  // The scripted run of "--perf-test", once the first scan is in; quits
+  // the program when it is over.
+  void runPerfTest();
 
   ArrangementController& arrangement() { return *arrangement_; }
   AppCatalog& catalog() { return *catalog_; }
@@ -78,8 +83,11 @@ class AppDelegate final : public QObject {
   std::unique_ptr<LaunchAtLogin> launchAtLogin_;
   std::unique_ptr<IconCache> icons_;
   int iconPixels_ = 0;  // the size the tiles' icon sources ask for
+  std::unique_ptr<AppLauncher> launcher_;
   std::unique_ptr<OverlayModel> overlayModel_;
   std::unique_ptr<OverlayController> overlay_;
+  std::unique_ptr<PerfRun> perfRun_;
+  bool perfStarted_ = false;
   bool launched_ = false;
 };
 

@@ -1,6 +1,8 @@
 #include <QKeyEvent>
+#include <QQuickItem>
 #include <QQuickView>
 #include <QSignalSpy>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -93,16 +95,25 @@ TEST_F(OverlayControllerTest, EscClosesTheFolderBeforeItHidesTheOverlay) {
   EXPECT_FALSE(controller->isVisible());
 }
 
-TEST_F(OverlayControllerTest, ReturnLaunchesOnlyWhatTheSearchFound) {
+TEST_F(OverlayControllerTest, TypingSearchesFromAnywhereAndReturnLaunchesOnlyWhatItFound) {
   controller->show();
-  EXPECT_TRUE(press(Qt::Key_M, "m"));  // type-to-search from anywhere
-  EXPECT_EQ(model->query(), "m");
-  press(Qt::Key_I, "i");
-  EXPECT_TRUE(press(Qt::Key_Return));
+  QQuickView& window = *controller->window();
+  // Into the search field, which has the keyboard.
+  for (const char letter : {'m', 'i'}) QTest::keyClick(&window, letter);
+  EXPECT_EQ(model->query(), "mi");
+  QTest::keyClick(&window, Qt::Key_Return);
   EXPECT_EQ(launched, std::vector<std::string>{"mines"});
 
+  // With the keyboard elsewhere in the window, a letter still lands in the
+  // search and the field takes the keyboard back.
+  window.contentItem()->forceActiveFocus();
+  QTest::keyClick(&window, Qt::Key_S, Qt::NoModifier);
+  EXPECT_EQ(model->query(), "mis");
+  ASSERT_NE(window.activeFocusItem(), nullptr);
+  EXPECT_EQ(window.activeFocusItem()->objectName(), "searchInput");
+
   model->setQuery("nothing like it");
-  EXPECT_TRUE(press(Qt::Key_Enter));
+  QTest::keyClick(&window, Qt::Key_Enter);
   EXPECT_EQ(launched.size(), 1u);
 }
 

@@ -1,0 +1,69 @@
+#include "Orrery/overlay/PerfRun.h"
+
+#include <QQuickView>
+#include <QTimer>
+
+#include <algorithm>
+
+#include "Orrery/base/Logging.h"
+
+namespace orrery::app {
+
+PerfRun::PerfRun(OverlayController& overlay, OverlayModel& model, QString query, QObject* parent)
+    : QObject(parent), overlay_(overlay), model_(model), query_(std::move(query)) {}
+
+void PerfRun::start() {
+  script_.clear();
+  script_.emplace_back(QStringLiteral("show"),
+                       [this] { overlay_.show(nullptr, QStringLiteral("perf-test")); });
+  for (int page = 1; page < model_.pageCount(); ++page)
+    script_.emplace_back(QStringLiteral("page %1").arg(page), [this, page] { model_.goTo(page); });
+  if (model_.pageCount() > 1) script_.emplace_back(QStringLiteral("page 0"), [this] { model_.goTo(0); });
+  for (qsizetype length = 1; length <= query_.size(); ++length) {
+    const QString text = query_.left(length);
+    script_.emplace_back(QStringLiteral("type \"%1\"").arg(text), [this, text] { model_.setQuery(text); });
+  }
+  for (qsizetype length = query_.size() - 1; length >= 0; --length) {
+    const QString text = query_.left(length);
+    script_.emplace_back(QStringLiteral("erase to \"%1\"").arg(text),
+                         [this, text] { model_.setQuery(text); });
+  }
+  connect(overlay_.window(), &QQuickWindow::frameSwapped, this, &PerfRun::frameShown);
+  position_ = 0;
+  steps_.clear();
+  next();
+}
+
+void PerfRun::next() {
+  if (position_ == script_.size()) {
+    std::vector<double> times;
+    for (const Step& step : steps_) times.push_back(step.milliseconds);
+    std::sort(times.begin(), times.end());
+    const double median = times.empty() ? 0 : times[times.size() / 2];
+    const double worst = times.empty() ? 0 : times.back();
+    qCInfo(overlayLog, "perf-test: %ld Schritte, Median %.1f ms, langsamster %.1f ms",
+           static_cast<long>(steps_.size()), median, worst);
+    disconnect(overlay_.window(), &QQuickWindow::frameSwapped, this, &PerfRun::frameShown);
+    emit finished();
+    return;
+  }
+  waiting_ = true;
+  timer_.start();
+  script_[position_].second();
+  // A step that changed nothing on screen still gets a frame to wait for.
+  overlay_.window()->update();
+}
+
+void PerfRun::frameShown() {
+  if (!waiting_) return;
+  waiting_ = false;
+  const double milliseconds = static_cast<double>(timer_.nsecsElapsed()) / 1e6;
+  const QString& name = script_[position_].first;
+  steps_.push_back({name, milliseconds});
+  qCInfo(overlayLog, "perf-test: %s: %.1f ms", qPrintable(name), milliseconds);
+  ++position_;
+  // Let the frame settle before the next change, as a person would.
+  QTimer::singleShot(16, this, &PerfRun::next);
+}
+
+}  // namespace orrery::app
