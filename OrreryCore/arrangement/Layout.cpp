@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "OrreryCore/arrangement/KeyView.h"
 #include "OrreryCore/arrangement/OrderEmbedding.h"
 #include "OrreryCore/base/FlatMap.h"
 #include "OrreryCore/text/Collation.h"
@@ -448,26 +449,6 @@ std::vector<LayoutItem> withoutRepeatedApps(std::vector<LayoutItem> items,
     if (!folder.appIDs.empty() || wasEmpty) unique.push_back(std::move(item));
   }
   return unique;
-}
-
-// A top-level key that refers to strings held elsewhere, so ordering ten
-// thousand items copies no app ID.
-struct KeyView {
-  bool isFolder = false;
-  std::string_view app;
-  Uuid folder;
-  friend bool operator==(const KeyView&, const KeyView&) = default;
-};
-
-struct KeyViewHash {
-  std::size_t operator()(const KeyView& key) const noexcept {
-    return key.isFolder ? std::hash<Uuid>()(key.folder) : std::hash<std::string_view>()(key.app);
-  }
-};
-
-KeyView keyView(const LayoutItem& item) {
-  if (const auto* id = item.appID()) return KeyView{false, *id, {}};
-  return KeyView{true, {}, item.asFolder()->id};
 }
 
 }  // namespace

@@ -4,31 +4,12 @@
 #include <cstdint>
 #include <string_view>
 
+#include "OrreryCore/arrangement/KeyView.h"
 #include "OrreryCore/base/FlatMap.h"
 
 namespace orrery {
 
 namespace {
-
-// A top-level key that refers to the strings of the layouts being compared,
-// so matching ten thousand items copies no app ID.
-struct KeyView {
-  bool isFolder = false;
-  std::string_view app;
-  Uuid folder;
-  friend bool operator==(const KeyView&, const KeyView&) = default;
-};
-
-struct KeyViewHash {
-  std::size_t operator()(const KeyView& key) const noexcept {
-    return key.isFolder ? std::hash<Uuid>()(key.folder) : std::hash<std::string_view>()(key.app);
-  }
-};
-
-KeyView keyView(const LayoutItem& item) {
-  if (const auto* id = item.appID()) return KeyView{false, *id, {}};
-  return KeyView{true, {}, item.asFolder()->id};
-}
 
 constexpr std::uint32_t kAbsent = UINT32_MAX;
 
