@@ -6,7 +6,9 @@
 One section per benchmark program, one table per benchmark in it: the
 sizes (the benchmark's arguments), the time, the growth against the next
 smaller size, and, where the same run measured a reference for the same
-work, the reference's time and the ratio. Standard library only.
+work, the reference's time and the ratio. The section between the bench-ui
+markers, written by scripts/bench-ui from a run of the real program, is
+kept as it is. Standard library only.
 """
 
 import datetime
@@ -21,6 +23,9 @@ import sys
 REFERENCES = {
     "BM_ScanDesktopEntries": ("BM_GioListing", "GIO's listing"),
 }
+
+# scripts/bench-ui writes its section between these lines (see bench_ui.py).
+KEPT_BEGIN, KEPT_END = "<!-- bench-ui:", "<!-- /bench-ui -->"
 
 UNIT_SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 
@@ -134,6 +139,20 @@ def table(family, rows, reference, counters):
     return lines
 
 
+def kept_section(path):
+    """The bench-ui section of the report being replaced, or ''."""
+    try:
+        with open(path, encoding="utf-8") as handle:
+            text = handle.read()
+    except FileNotFoundError:
+        return ""
+    start = text.find(KEPT_BEGIN)
+    end = text.find(KEPT_END, start)
+    if start < 0 or end < 0:
+        return ""
+    return text[start:end + len(KEPT_END)]
+
+
 def main(argv):
     if len(argv) < 5:
         print(__doc__, file=sys.stderr)
@@ -185,8 +204,9 @@ def main(argv):
                 out += ["", f"Fitted complexity: {fit['big_o']} (coefficient {fit.get('cpu_coefficient', 0):.3g})."]
             out.append("")
         out.append("")
+    kept = kept_section(output)
     with open(output, "w", encoding="utf-8") as handle:
-        handle.write("\n".join(out).rstrip("\n") + "\n")
+        handle.write("\n".join(out).rstrip("\n") + "\n" + ("\n" + kept + "\n" if kept else ""))
     return 0
 
 
