@@ -87,8 +87,13 @@ bool OverlayModel::isSearching() const { return !isBlank(state_.query()); }
 void OverlayModel::refreshResults() {
   std::vector<AppInfo> results;
   if (isSearching()) {
+    // The results fill one page of the grid, best first; building tiles for
+    // the hundreds of apps a single letter matches would cost frames for
+    // nothing anyone sees.
     const AppSearch::Results found = state_.searchResults();
-    results.assign(found.begin(), found.end());
+    const auto shown = static_cast<std::size_t>(state_.perPage());
+    for (auto result = found.begin(); result != found.end() && results.size() < shown; ++result)
+      results.push_back(*result);
   }
   const std::size_t before = searchResults_.results().size();
   searchResults_.setResults(std::move(results));

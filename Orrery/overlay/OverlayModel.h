@@ -7,7 +7,7 @@
 // only when its value really changed, so a rescan that changes nothing
 // redraws nothing. The grid's rows come from `items` (every top-level item,
 // one row each, in grid order, moved and updated row by row) and the search
-// results from `searchResults`.
+// results from `searchResults` (the best page of them).
 //
 // Input arrives as intentions (a query, a page, Esc, Return, a launch) and
 // leaves as state changes or as launchRequested(), which the controller

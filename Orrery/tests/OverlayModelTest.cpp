@@ -156,6 +156,17 @@ TEST_F(OverlayModelTest, ResultsChangeRowByRowAsTheQueryGrows) {
             "Firefox Nightly");
 }
 
+TEST_F(OverlayModelTest, ResultsFillOnePageBestFirst) {
+  settings.columns = 1;
+  settings.rows = 2;
+  sync();
+  model->setQuery("fi");  // Firefox, Files, Firewall
+  EXPECT_EQ(model->resultCount(), 2);
+  model->launchOnEnter();
+  ASSERT_EQ(launched.size(), 1u);
+  EXPECT_EQ(launched[0], model->searchResultsModel().results()[0].id);
+}
+
 TEST_F(OverlayModelTest, SyncAnnouncesOnlyWhatChanged) {
   QSignalSpy grid(model.get(), &OverlayModel::gridChanged);
   QSignalSpy pages(model.get(), &OverlayModel::pageCountChanged);
