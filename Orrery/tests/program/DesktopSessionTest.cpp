@@ -19,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
+// For a negative id: no process is left in that process group.
 bool gone(pid_t pid) { return ::kill(pid, 0) == -1 && errno == ESRCH; }
 
 std::string readFile(const fs::path& path) {
@@ -80,14 +81,13 @@ TEST(DesktopSessionTest, RunsAManagedDesktopAndLeavesNothingBehind) {
   ASSERT_TRUE(session->screenshot(shot, *window));
   EXPECT_EQ(pngSize(shot), (std::pair{geometry->width, geometry->height}));
 
-  const std::string display = session->display().substr(1);
+  // Every process started leads a group of its own; none may outlive
+  // the session, nor anything they started (Xvfb runs xkbcomp, for one).
   const auto servers = session->serverProcesses();
   EXPECT_EQ(servers.size(), 3u);
   session->stop();
-  for (const pid_t pid : servers) EXPECT_TRUE(gone(pid)) << pid;
-  EXPECT_TRUE(gone(client));
-  EXPECT_FALSE(fs::exists("/tmp/.X" + display + "-lock"));
-  EXPECT_FALSE(fs::exists("/tmp/.X11-unix/X" + display));
+  for (const pid_t pid : servers) EXPECT_TRUE(gone(-pid)) << pid;
+  EXPECT_TRUE(gone(-client));
 }
 
 TEST(DesktopSessionTest, TypesAndMovesThePointerIntoTheFocusedWindow) {
@@ -97,7 +97,7 @@ TEST(DesktopSessionTest, TypesAndMovesThePointerIntoTheFocusedWindow) {
   const fs::path events = session->folder() / "events.txt";
   session->launch({"xev", "-name", "probe"}, {}, events);
   const auto window = session->waitForWindow(WindowQuery::byName("^probe$"), 20s);
-  ASSERT_TRUE(window) << session->logs();
+  ASSERT_TRUE(window) << session->logs() << readFile(events);
   ASSERT_TRUE(session->waitForActiveWindow(*window, 10s));
   const auto geometry = session->geometry(*window);
   ASSERT_TRUE(geometry);
