@@ -1,9 +1,11 @@
 #include "Orrery/platform/PlatformFactory.h"
 
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QSettings>
 
 #include "Orrery/platform/posix/ProcessEnvironment.h"
+#include "Orrery/platform/qt/QtWindowSystem.h"
 
 #if defined(__APPLE__)
 #include "Orrery/platform/bundle/AppBundleFormat.h"
@@ -11,6 +13,7 @@
 #include "Orrery/platform/macos/WorkspaceOpener.h"
 #else
 #include "Orrery/platform/gio/GioAppOpener.h"
+#include "Orrery/platform/x11/X11WindowSystem.h"
 #include "Orrery/platform/xdg/DesktopEntryFormat.h"
 #include "Orrery/platform/xdg/XdgAutostart.h"
 #include "Orrery/platform/xdg/XdgDirectories.h"
@@ -112,6 +115,16 @@ QString iconThemeName(const QString& qtTheme, const app::IconThemeFolders& folde
 #endif
   if (installed(QStringLiteral("Adwaita"))) return QStringLiteral("Adwaita");
   return QStringLiteral("hicolor");
+}
+
+std::unique_ptr<app::WindowSystem> makeWindowSystem() {
+#if !defined(__APPLE__)
+  if (QGuiApplication::platformName() == QLatin1String("xcb")) {
+    if (auto x11 = X11WindowSystem::fromApplication()) return x11;
+  }
+#endif
+  // Wayland, offscreen, and macOS until its layer brings a panel of its own.
+  return std::make_unique<QtWindowSystem>();
 }
 
 }  // namespace orrery::platform

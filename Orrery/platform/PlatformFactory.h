@@ -15,6 +15,7 @@
 #include "Orrery/appearance/IconLocator.h"
 #include "Orrery/appearance/IconTheme.h"
 #include "Orrery/overlay/AppOpener.h"
+#include "Orrery/overlay/WindowSystem.h"
 #include "Orrery/settings/LoginItem.h"
 #include "OrreryCore/catalog/AppScanner.h"
 #include "OrreryCore/catalog/BundleFormat.h"
@@ -56,5 +57,10 @@ QString iconThemeName(const QString& qtTheme, const app::IconThemeFolders& folde
 // How the launcher starts an app: its desktop entry through GIO on free
 // desktops, its bundle through the workspace on macOS.
 std::shared_ptr<const app::AppOpener> makeAppOpener();
+
+// The overlay's window system for the Qt platform the application runs on:
+// EWMH on X11 (platform "xcb"); elsewhere what the compositor and Qt do by
+// themselves. Needs the QGuiApplication to exist.
+std::unique_ptr<app::WindowSystem> makeWindowSystem();
 
 }  // namespace orrery::platform

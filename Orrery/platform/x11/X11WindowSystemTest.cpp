@@ -1,0 +1,136 @@
+// The X11 window system against a real window manager: openbox in a
+// desktop session of the test's own, with this process as a Qt client on
+// that display and other X clients beside it.
+#include <QGuiApplication>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "Orrery/platform/PlatformFactory.h"
+#include "Orrery/tests/program/DesktopSession.h"
+
+namespace orrery::platform {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::DesktopSession;
+using testing::WindowQuery;
+using testing::XWindow;
+
+class X11WindowSystemTest : public ::testing::Test {
+ protected:
+  // One display per test program: Qt connects once per process. Under
+  // ctest every test is a process of its own, so each has its own desktop.
+  static void SetUpTestSuite() {
+    auto started = DesktopSession::start();
+    ASSERT_TRUE(started) << started.error();
+    session = std::move(*started).release();
+    display = session->display();
+    static char name[] = "orrery_platform_x11_tests";
+    static char platformOption[] = "-platform";
+    static char platform[] = "xcb";
+    static char displayOption[] = "-display";
+    static char* arguments[] = {name, platformOption, platform, displayOption, display.data(), nullptr};
+    static int count = 5;
+    application = new QGuiApplication(count, arguments);
+    session->setPump([] { QCoreApplication::processEvents(); });
+  }
+  static void TearDownTestSuite() {
+    // Qt first: it ends the program when its server goes away under it.
+    delete application;
+    application = nullptr;
+    delete session;
+    session = nullptr;
+  }
+
+  void SetUp() override {
+    if (session == nullptr) GTEST_SKIP() << "no desktop session";
+    windowSystem = makeWindowSystem();
+  }
+
+  static XWindow idOf(QWindow& window) { return static_cast<XWindow>(window.winId()); }
+
+  void expectOverlay(XWindow window) const {
+    EXPECT_TRUE(session->waitUntilFullscreen(window, 20s)) << session->geometry(window).has_value();
+    const auto states = session->netWmState(window);
+    for (const char* state : {"_NET_WM_STATE_ABOVE", "_NET_WM_STATE_FULLSCREEN", "_NET_WM_STATE_SKIP_TASKBAR",
+                              "_NET_WM_STATE_SKIP_PAGER"}) {
+      EXPECT_TRUE(states.contains(state)) << state;
+    }
+    EXPECT_EQ(session->property(window, "_NET_WM_BYPASS_COMPOSITOR"), "2");
+    EXPECT_NE(
+        session->property(window, "_NET_WM_WINDOW_TYPE").value_or("").find("_NET_WM_WINDOW_TYPE_NORMAL"),
+        std::string::npos);
+    EXPECT_EQ(session->property(window, "_NET_FRAME_EXTENTS"), "0, 0, 0, 0");
+  }
+
+  static inline std::string display;
+  static inline DesktopSession* session = nullptr;
+  static inline QGuiApplication* application = nullptr;
+  std::unique_ptr<app::WindowSystem> windowSystem;
+};
+
+TEST_F(X11WindowSystemTest, MakesAnOverlayThatStaysOneWhenShownAgain) {
+  QWindow overlay;
+  overlay.setTitle("overlay");
+  overlay.resize(320, 200);
+  windowSystem->prepareOverlay(overlay);
+  overlay.show();
+  const XWindow window = idOf(overlay);
+  ASSERT_TRUE(session->waitUntilMapped(window, 20s)) << session->logs();
+  expectOverlay(window);
+
+  // The window is built once and reused; a hidden window loses its states.
+  overlay.hide();
+  ASSERT_TRUE(session->waitUntil([&] { return !session->isViewable(window); }, 20s));
+  windowSystem->prepareOverlay(overlay);
+  overlay.show();
+  ASSERT_TRUE(session->waitUntilMapped(window, 20s));
+  expectOverlay(window);
+}
+
+TEST_F(X11WindowSystemTest, TurnsAShownWindowIntoAnOverlay) {
+  QWindow overlay;
+  overlay.setTitle("late overlay");
+  overlay.resize(320, 200);
+  overlay.show();
+  const XWindow window = idOf(overlay);
+  ASSERT_TRUE(session->waitUntilMapped(window, 20s));
+  ASSERT_FALSE(session->netWmState(window).contains("_NET_WM_STATE_SKIP_TASKBAR"));
+
+  windowSystem->prepareOverlay(overlay);
+  expectOverlay(window);
+}
+
+TEST_F(X11WindowSystemTest, GivesTheKeyboardBackToTheWindowThatHadIt) {
+  EXPECT_EQ(windowSystem->activeWindow(), session->activeWindow());
+
+  session->launch({"xmessage", "-name", "before", "the window the user was in"});
+  const auto before = session->waitForWindow(WindowQuery::byInstance("^before$"), 20s);
+  ASSERT_TRUE(before) << session->logs();
+  ASSERT_TRUE(session->waitForActiveWindow(*before, 20s));
+  EXPECT_EQ(windowSystem->activeWindow(), before);
+
+  QWindow overlay;
+  overlay.setTitle("overlay");
+  windowSystem->prepareOverlay(overlay);
+  overlay.show();
+  windowSystem->activate(overlay);
+  const XWindow window = idOf(overlay);
+  ASSERT_TRUE(session->waitForActiveWindow(window, 20s));
+  EXPECT_EQ(windowSystem->activeWindow(), window);
+
+  windowSystem->activate(*before);
+  EXPECT_TRUE(session->waitForActiveWindow(*before, 20s));
+  EXPECT_EQ(windowSystem->activeWindow(), before);
+
+  // And back, by its id like any other window.
+  windowSystem->activate(window);
+  EXPECT_TRUE(session->waitForActiveWindow(window, 20s));
+}
+
+}  // namespace
+}  // namespace orrery::platform
