@@ -12,6 +12,7 @@
 #include <QWheelEvent>
 
 #include <cmath>
+#include <utility>
 
 #include "Orrery/appearance/IconCache.h"
 #include "Orrery/base/Logging.h"
@@ -19,8 +20,12 @@
 namespace orrery::app {
 
 OverlayController::OverlayController(OverlayModel& model, Clock& clock, QQuickImageProvider* icons,
-                                     QObject* parent)
-    : QObject(parent), model_(model), clock_(clock), view_(std::make_unique<QQuickView>()) {
+                                     WindowSystem* windows, QObject* parent)
+    : QObject(parent),
+      model_(model),
+      clock_(clock),
+      windows_(windows),
+      view_(std::make_unique<QQuickView>()) {
   if (icons != nullptr) view_->engine()->addImageProvider(QLatin1String(IconCache::providerName), icons);
   view_->setTitle(QStringLiteral("Orrery"));
   view_->setFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
@@ -60,11 +65,21 @@ void OverlayController::show(QScreen* screen, const QString& label) {
   showTimer_.start();
   timingShow_ = true;
   visible_ = true;
+  if (windows_ != nullptr && !view_->isVisible()) {
+    // Whoever has the keyboard now gets it back when the overlay goes.
+    const auto active = windows_->activeWindow();
+    previous_ = active && *active != view_->winId() ? active : std::nullopt;
+  }
   if (screen != nullptr && view_->screen() != screen) view_->setScreen(screen);
   if (screen != nullptr) view_->setGeometry(screen->geometry());
+  // Window managers forget a window's states while it is hidden.
+  if (windows_ != nullptr) windows_->prepareOverlay(*view_);
   view_->showFullScreen();
   view_->raise();
-  view_->requestActivate();
+  if (windows_ != nullptr)
+    windows_->activate(*view_);
+  else
+    view_->requestActivate();
   model_.setMessage({});
   model_.requestFocus();
   setRevealed(true);
@@ -92,6 +107,7 @@ void OverlayController::toggle() {
 void OverlayController::finishHide(std::uint64_t generation) {
   if (generation != generation_) return;
   view_->hide();
+  if (windows_ != nullptr && previous_) windows_->activate(*std::exchange(previous_, std::nullopt));
   emit hidden();
 }
 

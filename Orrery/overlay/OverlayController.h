@@ -31,6 +31,7 @@
 #include "Orrery/base/Clock.h"
 #include "Orrery/overlay/OverlayModel.h"
 #include "Orrery/overlay/SwipeTracker.h"
+#include "Orrery/overlay/WindowSystem.h"
 
 class QKeyEvent;
 class QQuickImageProvider;
@@ -50,8 +51,10 @@ class OverlayController final : public QObject {
   // `model` and `clock` must outlive the controller. The window is built
   // here, hidden; `icons`, when given, serves the tiles' icon images (the
   // window's engine takes it over).
+  // `windows`, when given, keeps the window out of task bars and hands the
+  // keyboard back to the window that had it; it must outlive the controller.
   OverlayController(OverlayModel& model, Clock& clock, QQuickImageProvider* icons = nullptr,
-                    QObject* parent = nullptr);
+                    WindowSystem* windows = nullptr, QObject* parent = nullptr);
   ~OverlayController() override;
 
   // Shows the overlay on `screen`, or on the screen under the pointer.
@@ -91,7 +94,10 @@ class OverlayController final : public QObject {
 
   OverlayModel& model_;
   Clock& clock_;
+  WindowSystem* windows_;
   std::unique_ptr<QQuickView> view_;
+  // The window that had the keyboard before the overlay showed.
+  std::optional<WindowSystem::WindowId> previous_;
   SwipeTracker swipe_;
   bool visible_ = false;
   bool revealed_ = false;

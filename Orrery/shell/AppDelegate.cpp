@@ -64,7 +64,9 @@ void AppDelegate::launch() {
   icons_ = std::make_unique<IconCache>(platform::makeIconLocator(),
                                        platform::iconThemeName(QIcon::themeName(), iconFolders), iconFolders);
   overlayModel_ = std::make_unique<OverlayModel>(*arrangement_);
-  overlay_ = std::make_unique<OverlayController>(*overlayModel_, clock_, icons_->makeImageProvider());
+  windows_ = platform::makeWindowSystem();
+  overlay_ = std::make_unique<OverlayController>(*overlayModel_, clock_, icons_->makeImageProvider(),
+                                                 windows_.get());
   const auto syncOverlay = [this] {
     overlayModel_->sync(arrangement_->layout(), catalog_->apps(), settings_->settings());
   };

@@ -32,6 +32,7 @@
 #include "Orrery/overlay/OverlayController.h"
 #include "Orrery/overlay/OverlayModel.h"
 #include "Orrery/overlay/PerfRun.h"
+#include "Orrery/overlay/WindowSystem.h"
 #include "Orrery/settings/LaunchAtLogin.h"
 #include "Orrery/settings/LoginItem.h"
 #include "Orrery/settings/QSettingsKeyValueStore.h"
@@ -85,6 +86,7 @@ class AppDelegate final : public QObject {
   int iconPixels_ = 0;  // the size the tiles' icon sources ask for
   std::unique_ptr<AppLauncher> launcher_;
   std::unique_ptr<OverlayModel> overlayModel_;
+  std::unique_ptr<WindowSystem> windows_;  // before overlay_, which uses it
   std::unique_ptr<OverlayController> overlay_;
   std::unique_ptr<PerfRun> perfRun_;
   bool perfStarted_ = false;
