@@ -5,8 +5,6 @@
 #include <cstddef>
 #include <utility>
 
-#include "Orrery/overlay/DiffReplay.h"
-
 namespace orrery::app {
 
 namespace {
@@ -16,13 +14,10 @@ QString keyText(const LayoutItem& item) {
   return QStringLiteral("folder:") + QString::fromStdString(item.asFolder()->id.text());
 }
 
-int row(Index index) { return static_cast<int>(index); }
-std::ptrdiff_t offset(Index index) { return static_cast<std::ptrdiff_t>(index); }
-
 }  // namespace
 
 ArrangementListModel::ArrangementListModel(ArrangementController& arrangement, QObject* parent)
-    : QAbstractListModel(parent), items_(arrangement.layout().items) {
+    : DiffReplayingListModel(parent), items_(arrangement.layout().items) {
   connect(&arrangement, &ArrangementController::layoutChanged, this,
           [this, &arrangement](const LayoutDiff& diff) { replay(diff, arrangement.layout()); });
 }
@@ -129,33 +124,14 @@ QString ArrangementListModel::iconSource(const std::string& appID) const {
 }
 
 void ArrangementListModel::replay(const LayoutDiff& diff, const Layout& after) {
-  replayDiff(
-      diff,
-      [this](Index first, Index last) {
-        beginRemoveRows({}, row(first), row(last));
-        items_.erase(items_.begin() + offset(first), items_.begin() + offset(last) + 1);
-        endRemoveRows();
-      },
-      [this](Index from, Index to) {
-        // Qt counts the destination before the row leaves its place.
-        beginMoveRows({}, row(from), row(from), {}, row(to > from ? to + 1 : to));
-        rotateRow(items_, from, to);
-        endMoveRows();
-      },
-      [this, &after](Index first, Index last) {
-        beginInsertRows({}, row(first), row(last));
-        items_.insert(items_.begin() + offset(first), after.items.begin() + offset(first),
-                      after.items.begin() + offset(last) + 1);
-        endInsertRows();
-      },
-      [this, &after](Index at, LayoutChange::Kind kind) {
-        items_[static_cast<std::size_t>(at)] = after.items[static_cast<std::size_t>(at)];
-        const QModelIndex changed = index(row(at));
-        emit dataChanged(changed, changed,
-                         kind == LayoutChange::Kind::renamed
-                             ? QList<int>{FolderNameRole, NameRole}
-                             : QList<int>{FolderAppIDsRole, FolderIconSourcesRole});
-      });
+  replayRows(items_, diff, after.items, [this, &after](Index at, LayoutChange::Kind kind) {
+    items_[static_cast<std::size_t>(at)] = after.items[static_cast<std::size_t>(at)];
+    const QModelIndex changed = index(row(at));
+    emit dataChanged(changed, changed,
+                     kind == LayoutChange::Kind::renamed
+                         ? QList<int>{FolderNameRole, NameRole}
+                         : QList<int>{FolderAppIDsRole, FolderIconSourcesRole});
+  });
 }
 
 }  // namespace orrery::app

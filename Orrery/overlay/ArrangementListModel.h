@@ -14,21 +14,20 @@
 // Thread rules: main thread only.
 #pragma once
 
-#include <QAbstractListModel>
-
 #include <functional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "Orrery/catalog/ArrangementController.h"
+#include "Orrery/overlay/DiffReplayingListModel.h"
 #include "OrreryCore/arrangement/Layout.h"
 #include "OrreryCore/arrangement/LayoutDiff.h"
 #include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery::app {
 
-class ArrangementListModel final : public QAbstractListModel {
+class ArrangementListModel final : public DiffReplayingListModel {
   Q_OBJECT
 
  public:

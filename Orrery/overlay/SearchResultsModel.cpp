@@ -2,7 +2,6 @@
 
 #include <cstddef>
 
-#include "Orrery/overlay/DiffReplay.h"
 #include "OrreryCore/arrangement/Layout.h"
 #include "OrreryCore/arrangement/LayoutDiff.h"
 
@@ -19,34 +18,14 @@ Layout asLayout(const std::vector<AppInfo>& apps) {
   return layout;
 }
 
-int row(Index index) { return static_cast<int>(index); }
-std::ptrdiff_t offset(Index index) { return static_cast<std::ptrdiff_t>(index); }
-
 }  // namespace
 
-SearchResultsModel::SearchResultsModel(QObject* parent) : QAbstractListModel(parent) {}
+SearchResultsModel::SearchResultsModel(QObject* parent) : DiffReplayingListModel(parent) {}
 
 void SearchResultsModel::setResults(std::vector<AppInfo> results) {
   const LayoutDiff changes = diff(asLayout(results_), asLayout(results));
-  replayDiff(
-      changes,
-      [this](Index first, Index last) {
-        beginRemoveRows({}, row(first), row(last));
-        results_.erase(results_.begin() + offset(first), results_.begin() + offset(last) + 1);
-        endRemoveRows();
-      },
-      [this](Index from, Index to) {
-        beginMoveRows({}, row(from), row(from), {}, row(to > from ? to + 1 : to));
-        rotateRow(results_, from, to);
-        endMoveRows();
-      },
-      [this, &results](Index first, Index last) {
-        beginInsertRows({}, row(first), row(last));
-        results_.insert(results_.begin() + offset(first), results.begin() + offset(first),
-                        results.begin() + offset(last) + 1);
-        endInsertRows();
-      },
-      [](Index, LayoutChange::Kind) {});
+  // Results are matched by app ID; a changed record is handled below.
+  replayRows(results_, changes, results, [](Index, LayoutChange::Kind) {});
   // The same app may come back renamed or updated by a scan.
   for (std::size_t i = 0; i < results.size(); ++i) {
     if (results_[i] == results[i]) continue;

@@ -10,16 +10,15 @@
 // Thread rules: main thread only.
 #pragma once
 
-#include <QAbstractListModel>
-
 #include <functional>
 #include <vector>
 
+#include "Orrery/overlay/DiffReplayingListModel.h"
 #include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery::app {
 
-class SearchResultsModel final : public QAbstractListModel {
+class SearchResultsModel final : public DiffReplayingListModel {
   Q_OBJECT
 
  public:
