@@ -3,6 +3,7 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickImageProvider>
@@ -37,7 +38,11 @@ OverlayController::OverlayController(OverlayModel& model, Clock& clock, QQuickIm
   view_->setSource(QUrl(QStringLiteral("qrc:/Orrery/qml/Overlay.qml")));
   for (const QQmlError& error : view_->errors())
     qCCritical(overlayLog, "Overlay-Ansicht fehlerhaft: %s", qPrintable(error.toString()));
-  view_->installEventFilter(this);
+  // Application-wide: a click into any of our windows decides whether the
+  // user gave the keyboard away on purpose.
+  qApp->installEventFilter(this);
+  connect(qApp, &QGuiApplication::applicationStateChanged, this, &OverlayController::reevaluateFocus);
+  connect(qApp, &QGuiApplication::focusWindowChanged, this, &OverlayController::reevaluateFocus);
   connect(view_.get(), &QQuickWindow::frameSwapped, this, [this] {
     if (!timingShow_) return;
     timingShow_ = false;
@@ -47,7 +52,26 @@ OverlayController::OverlayController(OverlayModel& model, Clock& clock, QQuickIm
   });
 }
 
-OverlayController::~OverlayController() = default;
+OverlayController::~OverlayController() {
+  // The window goes before this object's connections would: no focus
+  // change may reach a controller that is half gone.
+  disconnect(qApp, nullptr, this, nullptr);
+  qApp->removeEventFilter(this);
+  if (escape_ != nullptr) {
+    escape_->setActive(false);
+    escape_->setHandler({});
+  }
+}
+
+void OverlayController::setEscapeFallback(EscapeFallback* fallback) {
+  if (escape_ != nullptr) {
+    escape_->setActive(false);
+    escape_->setHandler({});
+  }
+  escape_ = fallback;
+  if (escape_ != nullptr) escape_->setHandler([this] { escapeFromFallback(); });
+  reevaluateFocus();
+}
 
 int OverlayController::iconPixelSize() const {
   const QScreen* screen = view_->screen() != nullptr ? view_->screen() : QGuiApplication::primaryScreen();
@@ -65,6 +89,7 @@ void OverlayController::show(QScreen* screen, const QString& label) {
   showTimer_.start();
   timingShow_ = true;
   visible_ = true;
+  keyboardYielded_ = false;
   if (windows_ != nullptr && !view_->isVisible()) {
     // Whoever has the keyboard now gets it back when the overlay goes.
     const auto active = windows_->activeWindow();
@@ -83,6 +108,9 @@ void OverlayController::show(QScreen* screen, const QString& label) {
   model_.setMessage({});
   model_.requestFocus();
   setRevealed(true);
+  // The keyboard was just asked for; only the Esc fallback may be needed
+  // until the window manager hands it over.
+  updateEscapeFallback();
 }
 
 void OverlayController::hide() {
@@ -90,6 +118,7 @@ void OverlayController::hide() {
   visible_ = false;
   const std::uint64_t generation = ++generation_;
   setRevealed(false);
+  reevaluateFocus();
   if (!model_.animations()) {
     finishHide(generation);
     return;
@@ -118,7 +147,13 @@ void OverlayController::setRevealed(bool revealed) {
 }
 
 bool OverlayController::eventFilter(QObject* watched, QEvent* event) {
-  if (watched != view_.get() || !visible_) return false;
+  if (!visible_) return false;
+  if (event->type() == QEvent::MouseButtonPress && watched->isWindowType()) {
+    const auto button = static_cast<QMouseEvent*>(event)->button();
+    if (button == Qt::LeftButton || button == Qt::RightButton) noteMouseDown(*static_cast<QWindow*>(watched));
+    return false;
+  }
+  if (watched != view_.get()) return false;
   switch (event->type()) {
     case QEvent::KeyPress:
       return handleKey(*static_cast<QKeyEvent*>(event));
@@ -202,6 +237,78 @@ bool OverlayController::handleWheel(const WheelInput& input) {
   }
   if (const std::optional<int> delta = swipe_.pageDelta(input)) model_.goTo(model_.page() + *delta);
   return true;
+}
+
+}  // namespace orrery::app
+
+namespace orrery::app {
+
+KeyOwner OverlayController::keyOwner() const {
+  const QWindow* key = QGuiApplication::focusWindow();
+  if (key == nullptr) return KeyOwner::none;
+  if (key == view_.get()) return KeyOwner::panel;
+  for (const QWindow* parent = key->transientParent(); parent != nullptr; parent = parent->transientParent())
+    if (parent == view_.get()) return KeyOwner::panelSheet;
+  return KeyOwner::otherWindow;
+}
+
+OverlayFocus OverlayController::focus() const {
+  return OverlayFocus{
+      .isVisible = visible_,
+      .takesFocus = true,
+      .appActive = QGuiApplication::applicationState() == Qt::ApplicationActive,
+      .keyOwner = keyOwner(),
+      .yielded = keyboardYielded_,
+  };
+}
+
+void OverlayController::noteMouseDown(const QWindow& window) {
+  // A click in the overlay or in a sheet on it brings the keyboard home; a
+  // click anywhere else of ours is the user choosing that window.
+  bool inPanel = false;
+  for (const QWindow* w = &window; w != nullptr && !inPanel; w = w->transientParent()) inPanel = w == view_.get();
+  if (keyboardYielded_ == !inPanel) return;
+  keyboardYielded_ = !inPanel;
+  reevaluateFocus();
+}
+
+void OverlayController::reevaluateFocus() {
+  updateEscapeFallback();
+  if (!focus().shouldReclaimKey() || reclaimScheduled_) return;
+  reclaimScheduled_ = true;
+  // Later, not now: the window that just took the keyboard is often still
+  // in the middle of being shown, and the situation may settle by itself.
+  QMetaObject::invokeMethod(this, &OverlayController::reclaimKeyboard, Qt::QueuedConnection);
+}
+
+void OverlayController::reclaimKeyboard() {
+  reclaimScheduled_ = false;
+  if (!focus().shouldReclaimKey()) return;
+  const QWindow* previous = QGuiApplication::focusWindow();
+  const QString previousClass =
+      previous != nullptr ? QString::fromLatin1(previous->metaObject()->className()) : QString();
+  if (windows_ != nullptr)
+    windows_->activate(*view_);
+  else
+    view_->requestActivate();
+  model_.requestFocus();
+  qCInfo(overlayLog, "Tastatur zurück ans Overlay (war: %s, Bildschirme: %ld)",
+         previousClass.isEmpty() ? "keines" : qPrintable(previousClass),
+         static_cast<long>(QGuiApplication::screens().size()));
+  emit reclaimingKeyboard(previousClass);
+  // Only the fallback: the window manager hands the keyboard over later, and
+  // asking again before it has answered would spin; the change of key window
+  // that follows re-evaluates anyway.
+  updateEscapeFallback();
+}
+
+void OverlayController::updateEscapeFallback() {
+  if (escape_ != nullptr) escape_->setActive(focus().needsEscapeFallback());
+}
+
+void OverlayController::escapeFromFallback() {
+  if (!visible_) return;
+  if (!model_.handleEscape()) hide();
 }
 
 }  // namespace orrery::app

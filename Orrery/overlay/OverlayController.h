@@ -16,6 +16,12 @@
 // touchpad paging, and type-to-search (a printable key anywhere goes to the
 // search field). While an input method composes, keys are left alone.
 //
+// While it is up the overlay keeps the keyboard: when another of our windows
+// takes it without the user having clicked there (a window that raised
+// itself), the overlay takes it back; when the user did click into another
+// window, it is left there. Whenever the overlay's window cannot hear Esc, a
+// desktop-wide Esc (the EscapeFallback) stands in for it.
+//
 // Thread rules: main thread only.
 #pragma once
 
@@ -29,6 +35,8 @@
 #include <optional>
 
 #include "Orrery/base/Clock.h"
+#include "OrreryCore/overlay/OverlayFocus.h"
+#include "Orrery/overlay/EscapeFallback.h"
 #include "Orrery/overlay/OverlayModel.h"
 #include "Orrery/overlay/SwipeTracker.h"
 #include "Orrery/overlay/WindowSystem.h"
@@ -38,6 +46,7 @@ class QQuickImageProvider;
 class QQuickView;
 class QScreen;
 class QWheelEvent;
+class QWindow;
 
 namespace orrery::app {
 
@@ -56,6 +65,11 @@ class OverlayController final : public QObject {
   OverlayController(OverlayModel& model, Clock& clock, QQuickImageProvider* icons = nullptr,
                     WindowSystem* windows = nullptr, QObject* parent = nullptr);
   ~OverlayController() override;
+
+  // The desktop-wide Esc used while the overlay's window cannot hear keys;
+  // none where the window system offers none. It must outlive the
+  // controller.
+  void setEscapeFallback(EscapeFallback* fallback);
 
   // Shows the overlay on `screen`, or on the screen under the pointer.
   // `label` names the occasion in the show-time log line.
@@ -77,10 +91,19 @@ class OverlayController final : public QObject {
   bool handleKey(const QKeyEvent& event);
   bool handleWheel(const WheelInput& input);
 
+  // The keyboard situation now, as the focus rules see it.
+  OverlayFocus focus() const;
+  // The user clicked into another of our windows and keeps the keyboard
+  // there until they click into the overlay again.
+  bool keyboardYielded() const { return keyboardYielded_; }
+
  signals:
   void revealedChanged();
   // The first frame after a show reached the screen.
   void shown(double milliseconds);
+  // The overlay asks for the keyboard back from `previous` (a window class,
+  // or empty when no window had it); the window system hands it over later.
+  void reclaimingKeyboard(const QString& previous);
   void hidden();
 
  protected:
@@ -91,10 +114,20 @@ class OverlayController final : public QObject {
   void finishHide(std::uint64_t generation);
   bool searchFieldHasFocus() const;
   bool composing() const;
+  KeyOwner keyOwner() const;
+  // A mouse button went down in one of our windows while the overlay is up.
+  void noteMouseDown(const QWindow& window);
+  // Applies the focus rules to the situation now: the Esc fallback on or
+  // off, and a reclaim of the keyboard scheduled when it is due.
+  void reevaluateFocus();
+  void reclaimKeyboard();
+  void updateEscapeFallback();
+  void escapeFromFallback();
 
   OverlayModel& model_;
   Clock& clock_;
   WindowSystem* windows_;
+  EscapeFallback* escape_ = nullptr;
   std::unique_ptr<QQuickView> view_;
   // The window that had the keyboard before the overlay showed.
   std::optional<WindowSystem::WindowId> previous_;
@@ -106,6 +139,8 @@ class OverlayController final : public QObject {
   QElapsedTimer showTimer_;
   QString showLabel_;
   bool timingShow_ = false;
+  bool keyboardYielded_ = false;
+  bool reclaimScheduled_ = false;
 };
 
 }  // namespace orrery::app

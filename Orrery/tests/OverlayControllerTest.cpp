@@ -3,6 +3,7 @@
 #include <QQuickView>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,33 @@ using orrery::testing::byID;
 using orrery::testing::folder;
 using orrery::testing::layoutOf;
 using testing::ManualClock;
+
+// Records what the controller asks of the desktop-wide Esc and lets a test
+// press it.
+class RecordingEscapeFallback final : public EscapeFallback {
+ public:
+  void setHandler(Handler handler) override { handler_ = std::move(handler); }
+  void setActive(bool active) override { active_ = active; }
+  bool isActive() const override { return active_; }
+  void press() const {
+    if (active_ && handler_) handler_();
+  }
+
+ private:
+  Handler handler_;
+  bool active_ = false;
+};
+
+// A window manager that refuses to hand the keyboard over, as focus
+// stealing prevention may.
+class RefusingWindowSystem final : public WindowSystem {
+ public:
+  std::optional<WindowId> activeWindow() override { return std::nullopt; }
+  void activate(WindowId) override {}
+  void activate(QWindow&) override { ++asked; }
+  void prepareOverlay(QWindow&) override {}
+  int asked = 0;
+};
 
 QKeyEvent key(int code, const QString& text = {}) {
   return QKeyEvent(QEvent::KeyPress, code, Qt::NoModifier, text);
@@ -51,6 +79,9 @@ class OverlayControllerTest : public ::testing::Test {
 
   MemoryFileSystem files;
   ManualClock clock;
+  // Before the controller, which uses them until it is gone.
+  RecordingEscapeFallback escape;
+  RefusingWindowSystem windows;
   std::unique_ptr<ArrangementController> arrangement;
   std::unique_ptr<OverlayModel> model;
   std::unique_ptr<OverlayController> controller;
@@ -151,6 +182,78 @@ TEST_F(OverlayControllerTest, WheelClicksTurnPagesAndScrollInScrollMode) {
   model->setViewport(400, 2000);
   controller->handleWheel({WheelInput::Phase::none, 0, -120, 2000ms});
   EXPECT_EQ(model->scrollOffset(), 120);
+}
+
+TEST_F(OverlayControllerTest, TheOverlayTakesTheKeyboardBackUnlessTheUserGaveItAway) {
+  controller->setEscapeFallback(&escape);
+  QSignalSpy reclaimed(controller.get(), &OverlayController::reclaimingKeyboard);
+  controller->show();
+  QQuickView& overlay = *controller->window();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&overlay));
+  EXPECT_FALSE(escape.isActive());
+
+  // Another window of ours takes the keyboard by itself: the overlay takes
+  // it back, and until then Esc is caught for it.
+  QWindow other;
+  other.resize(200, 100);
+  other.show();
+  other.requestActivate();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return QGuiApplication::focusWindow() == &other; }));
+  EXPECT_TRUE(escape.isActive());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return QGuiApplication::focusWindow() == &overlay; }));
+  ASSERT_EQ(reclaimed.count(), 1);
+  EXPECT_EQ(reclaimed.at(0).at(0).toString(), "QWindow");
+  EXPECT_FALSE(escape.isActive());
+
+  // A click there is the user's choice: the keyboard stays with that window
+  // and no global Esc is taken from it.
+  QTest::mouseClick(&other, Qt::LeftButton);
+  other.requestActivate();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return QGuiApplication::focusWindow() == &other; }));
+  QTest::qWait(20);
+  EXPECT_EQ(QGuiApplication::focusWindow(), &other);
+  EXPECT_TRUE(controller->keyboardYielded());
+  EXPECT_EQ(reclaimed.count(), 1);
+  EXPECT_FALSE(escape.isActive());
+
+  // A click back into the overlay brings the keyboard home.
+  QTest::mouseClick(&overlay, Qt::RightButton, {}, QPoint(4, 4));
+  EXPECT_FALSE(controller->keyboardYielded());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return QGuiApplication::focusWindow() == &overlay; }));
+  EXPECT_EQ(reclaimed.count(), 2);
+
+  // Once hidden, the overlay wants nothing.
+  controller->hide();
+  other.requestActivate();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return QGuiApplication::focusWindow() == &other; }));
+  QTest::qWait(20);
+  EXPECT_EQ(QGuiApplication::focusWindow(), &other);
+  EXPECT_FALSE(escape.isActive());
+}
+
+TEST_F(OverlayControllerTest, EscCaughtForTheOverlayFollowsTheEscLadderAndAsksOnlyOnce) {
+  controller = std::make_unique<OverlayController>(*model, clock, nullptr, &windows);
+  controller->setEscapeFallback(&escape);
+  controller->show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(controller->window()));
+  const int askedAtShow = windows.asked;
+
+  QWindow other;
+  other.resize(200, 100);
+  other.show();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return QGuiApplication::focusWindow() == &other; }));
+  QTest::qWait(20);
+  // One request, not a loop of them while the window manager says no.
+  EXPECT_EQ(windows.asked, askedAtShow + 1);
+  ASSERT_TRUE(escape.isActive());
+
+  model->openFolder(QString::fromStdString(arrangement->layout().items[0].asFolder()->id.text()));
+  escape.press();
+  EXPECT_TRUE(model->openFolderID().isEmpty());
+  EXPECT_TRUE(controller->isVisible());
+  escape.press();
+  EXPECT_FALSE(controller->isVisible());
+  EXPECT_FALSE(escape.isActive());
 }
 
 }  // namespace
