@@ -2,9 +2,12 @@
 // AppDelegate, which makes and wires every service.
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QQuickWindow>
+#include <QSGRendererInterface>
 #include <QTimer>
 
 #include "Orrery/base/Logging.h"
+#include "Orrery/platform/PlatformFactory.h"
 #include "Orrery/shell/AppDelegate.h"
 #include "Orrery/shell/SingleInstance.h"
 #include "Orrery/shell/TerminationSignals.h"
@@ -43,6 +46,11 @@ int main(int argc, char* argv[]) {
     qCWarning(orrery::app::shellLog, "Datenordner %s kann nicht gesperrt werden", dataDirectory.c_str());
   }
   orrery::app::quitOnTerminationSignals();
+  // Before the first window: every Qt Quick window of the program draws the same way.
+  if (orrery::platform::prefersSoftwareQuickRenderer()) {
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    qCInfo(orrery::app::shellLog, "Kein Grafikprozessor gefunden; Qt Quick zeichnet in Software");
+  }
 
   orrery::app::AppDelegate delegate(dataDirectory);
   QTimer::singleShot(0, &delegate,

@@ -12,6 +12,7 @@
 #include "Orrery/platform/bundle/BundleIconLocator.h"
 #include "Orrery/platform/macos/WorkspaceOpener.h"
 #else
+#include "Orrery/platform/drm/GraphicsDevices.h"
 #include "Orrery/platform/gio/GioAppOpener.h"
 #include "Orrery/platform/x11/X11WindowSystem.h"
 #include "Orrery/platform/xdg/DesktopEntryFormat.h"
@@ -125,6 +126,17 @@ std::unique_ptr<app::WindowSystem> makeWindowSystem() {
 #endif
   // Wayland, offscreen, and macOS until its layer brings a panel of its own.
   return std::make_unique<QtWindowSystem>();
+}
+
+bool prefersSoftwareQuickRenderer() {
+#if defined(__APPLE__)
+  return false;
+#else
+  const VariableLookup variables = processVariables();
+  // Whoever names a backend knows better than our guess.
+  if (variables("QT_QUICK_BACKEND") != nullptr || variables("QSG_RHI_BACKEND") != nullptr) return false;
+  return !hasGraphicsDevice();
+#endif
 }
 
 }  // namespace orrery::platform

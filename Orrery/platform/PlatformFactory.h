@@ -63,4 +63,10 @@ std::shared_ptr<const app::AppOpener> makeAppOpener();
 // themselves. Needs the QGuiApplication to exist.
 std::unique_ptr<app::WindowSystem> makeWindowSystem();
 
+// Whether Qt Quick should draw with its own software renderer: on free
+// desktops when the machine has no GPU to draw with (OpenGL would be
+// emulated on the processor, slower and heavier) and the user has not chosen
+// a Qt Quick backend themselves; never on macOS.
+bool prefersSoftwareQuickRenderer();
+
 }  // namespace orrery::platform
