@@ -72,7 +72,12 @@ Item {
 
             Repeater {
                 model: root.overlay.items
-                delegate: Tile {
+                // Each slot is a light placeholder; the tile itself exists
+                // only for the page on screen and its neighbours, so a
+                // thousand apps do not cost a thousand tiles. Pages out of
+                // sight are built in the background, a few tiles a frame.
+                delegate: Item {
+                    id: slotItem
                     required property int index
                     required property string name
                     required property string appID
@@ -85,18 +90,28 @@ Item {
                     readonly property int slot: root.overlay.scrollMode ? index : index % root.perPage
                     readonly property int column: slot % Math.max(root.overlay.columns, 1)
                     readonly property int row: Math.floor(slot / Math.max(root.overlay.columns, 1))
+                    readonly property bool near: root.overlay.scrollMode
+                        ? Math.abs(y - root.overlay.scrollOffset) < 2 * grid.height
+                        : Math.abs(page - root.overlay.page) <= 1
 
                     x: page * (grid.width + root.sideMargin * 2) + column * root.cellWidth
                     y: row * root.cellHeight
                     width: root.cellWidth
                     height: root.cellHeight
-                    iconSize: root.overlay.iconSize
-                    label: name
-                    icon: iconSource
-                    folderIcons: isFolder ? folderIconSources : []
-                    // Icons load for the page on screen and its neighbours only.
-                    active: root.overlay.scrollMode || Math.abs(page - root.overlay.page) <= 1
-                    onActivated: isFolder ? root.overlay.openFolder(folderID) : root.overlay.launch(appID)
+
+                    Loader {
+                        anchors.fill: parent
+                        active: slotItem.near
+                        asynchronous: root.overlay.scrollMode ? false : slotItem.page !== root.overlay.page
+                        sourceComponent: Tile {
+                            iconSize: root.overlay.iconSize
+                            label: slotItem.name
+                            icon: slotItem.iconSource
+                            folderIcons: slotItem.isFolder ? slotItem.folderIconSources : []
+                            onActivated: slotItem.isFolder ? root.overlay.openFolder(slotItem.folderID)
+                                                           : root.overlay.launch(slotItem.appID)
+                        }
+                    }
                 }
             }
         }
