@@ -1,6 +1,7 @@
 #include "Orrery/appearance/IconStore.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QImageReader>
 #include <QLinearGradient>
 #include <QMutexLocker>
@@ -85,7 +86,7 @@ QImage IconStore::image(const AppInfo& app, int pixelSize) {
   QString file;
   if (!icon->empty())
     file = icon->front() == '/' ? fileName(*icon) : theme().find(QString::fromStdString(*icon), pixelSize);
-  QImage image = file.isEmpty() ? QImage() : decode(file, pixelSize);
+  QImage image = file.isEmpty() ? QImage() : sharedImage(file, pixelSize);
   if (image.isNull()) image = genericImage(pixelSize);
 
   const QMutexLocker lock(&mutex_);
@@ -105,6 +106,20 @@ void IconStore::retain(const std::unordered_set<std::string>& urls, int pixelSiz
   const auto otherSize = [&](const auto& image) { return image.first != pixelSize; };
   for (auto& [url, entry] : entries_) std::erase_if(entry.images, otherSize);
   std::erase_if(generic_, otherSize);
+  std::erase_if(decoded_, [&](const auto& image) { return std::get<2>(image.first) != pixelSize; });
+}
+
+QImage IconStore::sharedImage(const QString& file, int pixelSize) {
+  // The file's date is part of the key: a package update that replaces a
+  // theme icon in place must show the new picture.
+  const DecodedKey key{file, QFileInfo(file).lastModified().toMSecsSinceEpoch(), pixelSize};
+  {
+    const QMutexLocker lock(&mutex_);
+    if (const auto image = decoded_.find(key); image != decoded_.end()) return image->second;
+  }
+  QImage image = decode(file, pixelSize);
+  const QMutexLocker lock(&mutex_);
+  return decoded_.try_emplace(key, std::move(image)).first->second;
 }
 
 const IconTheme& IconStore::theme() {

@@ -12,7 +12,9 @@
 // Entries are keyed by the app's URL; an entry remembers the app's
 // modification date, and a request with another date starts the entry
 // afresh, so an updated app shows its new icon. Within an entry the file's
-// icon name is read once and an image is kept per pixel size.
+// icon name is read once and an image is kept per pixel size. Apps that
+// name the same icon file (a family of tools, the variants of one program)
+// share one decoded image.
 //
 // Thread rules: every member may be called from any thread at once. image()
 // blocks while it reads the disk, so it belongs on worker threads; the
@@ -31,6 +33,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -74,6 +77,8 @@ class IconStore {
   const IconTheme& theme();
   QImage genericImage(int pixelSize);
   QImage decode(const QString& file, int pixelSize);
+  // decode(), once per file, file date and size for all apps.
+  QImage sharedImage(const QString& file, int pixelSize);
 
   const std::shared_ptr<const IconLocator> locator_;
   const QString themeName_;
@@ -82,9 +87,11 @@ class IconStore {
   std::once_flag themeLoaded_;
   IconTheme theme_;  // written once under themeLoaded_
 
-  mutable QMutex mutex_;  // guards entries_ and generic_
+  mutable QMutex mutex_;  // guards entries_, generic_ and decoded_
   std::unordered_map<std::string, Entry> entries_;
   std::map<int, QImage> generic_;
+  using DecodedKey = std::tuple<QString, std::int64_t, int>;  // file, its date, pixel size
+  std::map<DecodedKey, QImage> decoded_;
   std::atomic<std::uint64_t> diskReads_{0};
 };
 

@@ -194,6 +194,21 @@ TEST_F(IconCacheTest, AnUpdatedAppGetsItsNewIcon) {
   EXPECT_TRUE(store->contains(paint, 64));
 }
 
+TEST_F(IconCacheTest, AppsNamingTheSameIconShareOneImageUntilTheFileChanges) {
+  auto store = makeStore();
+  const QImage first = store->image(app("paint", "Icon=paint\n"), 64);
+  const auto reads = store->diskReads();
+  const QImage second = store->image(app("paint-tools", "Icon=paint\n"), 64);
+  EXPECT_EQ(store->diskReads(), reads + 1);  // its own entry, but no second decode
+  EXPECT_EQ(first.cacheKey(), second.cacheKey());
+
+  // A package update replaces the theme's file in place.
+  writeImage("icons/hicolor/64x64/apps/paint.png", 64, blue);
+  const std::filesystem::path file = path("icons/hicolor/64x64/apps/paint.png");
+  std::filesystem::last_write_time(file, std::filesystem::last_write_time(file) + 10s);
+  EXPECT_EQ(pixel(store->image(app("paint-more", "Icon=paint\n"), 64), 1, 1), blue);
+}
+
 TEST_F(IconCacheTest, PreloadFillsTheCacheAheadOfRequests) {
   IconCache cache(locator, QStringLiteral("Tiles"), folders());
   const std::vector<AppInfo> apps{app("paint", "Icon=paint\n"), app("vector", "Icon=vector\n"),
