@@ -287,6 +287,7 @@ std::expected<std::unique_ptr<DesktopSession>, std::string> DesktopSession::star
   std::unique_ptr<DesktopSession> session(new DesktopSession(std::move(options)));
   if (session->folder().empty()) return std::unexpected("cannot make a temporary folder");
   auto started = session->startServer();
+  if (started && session->options_.monitors > 1) started = session->splitIntoMonitors();
   if (started && session->options_.sessionBus) started = session->startBus();
   if (started && session->options_.windowManager) started = session->startWindowManager();
   if (!started) {
@@ -301,7 +302,8 @@ std::expected<void, std::string> DesktopSession::startServer() {
   Pipe ready;
   const Descriptor log(
       ::open((folder() / "Xvfb.log").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
-  const std::string screen = std::to_string(options_.width) + "x" + std::to_string(options_.height) + "x24";
+  const std::string screen = std::to_string(options_.width * std::max(options_.monitors, 1)) + "x" +
+                           std::to_string(options_.height) + "x24";
   // No display number: -displayfd makes the server pick a free one and
   // write it once it accepts clients. -noreset keeps it up between clients.
   // Only the abstract socket: the kernel frees its name when the server
@@ -317,6 +319,21 @@ std::expected<void, std::string> DesktopSession::startServer() {
   const auto number = readLine(ready.read.fd, SteadyClock::now() + options_.startLimit);
   if (!number || number->empty()) return std::unexpected("Xvfb did not report a display");
   display_ = ":" + *number;
+  return {};
+}
+
+std::expected<void, std::string> DesktopSession::splitIntoMonitors() {
+  // Xvfb has one output, "screen"; RandR monitors carve its screen into
+  // displays that Qt and the window manager treat as real ones. The first
+  // takes the output over, which retires the monitor the server made for it.
+  for (int i = 0; i < options_.monitors; ++i) {
+    const std::string geometry = std::to_string(options_.width) + "/300x" + std::to_string(options_.height) +
+                                 "/200+" + std::to_string(i * options_.width) + "+0";
+    if (const auto result = run({"xrandr", "--setmonitor", "monitor" + std::to_string(i), geometry,
+                                 i == 0 ? "screen" : "none"});
+        !result.succeeded())
+      return std::unexpected("xrandr --setmonitor failed: " + result.errors);
+  }
   return {};
 }
 
@@ -481,8 +498,13 @@ bool DesktopSession::waitUntilMapped(XWindow window, SteadyClock::duration limit
 }
 
 bool DesktopSession::isFullscreen(XWindow window) const {
-  return netWmState(window).contains("_NET_WM_STATE_FULLSCREEN") &&
-         geometry(window) == WindowGeometry{0, 0, options_.width, options_.height};
+  if (!netWmState(window).contains("_NET_WM_STATE_FULLSCREEN")) return false;
+  // Covering exactly one of the monitors.
+  const auto frame = geometry(window);
+  if (!frame) return false;
+  for (int i = 0; i < std::max(options_.monitors, 1); ++i)
+    if (*frame == WindowGeometry{i * options_.width, 0, options_.width, options_.height}) return true;
+  return false;
 }
 
 bool DesktopSession::waitUntilFullscreen(XWindow window, SteadyClock::duration limit) const {

@@ -111,8 +111,12 @@ struct WindowQuery {
 class DesktopSession {
  public:
   struct Options {
+    // One monitor's size; with several they stand side by side, left to
+    // right, as RandR monitors of one wide screen (the way a desktop with
+    // two displays looks to its clients).
     int width = 1280;
     int height = 800;
+    int monitors = 1;
     bool windowManager = true;
     bool sessionBus = false;
     SteadyClock::duration startLimit = std::chrono::seconds(30);
@@ -168,7 +172,7 @@ class DesktopSession {
   std::optional<XWindow> waitForWindow(const WindowQuery& query, SteadyClock::duration limit) const;
   bool isViewable(XWindow window) const;
   bool waitUntilMapped(XWindow window, SteadyClock::duration limit) const;
-  // Full screen: the state is set and the window covers the whole screen.
+  // Full screen: the state is set and the window covers one whole monitor.
   bool isFullscreen(XWindow window) const;
   bool waitUntilFullscreen(XWindow window, SteadyClock::duration limit) const;
   std::optional<WindowGeometry> geometry(XWindow window) const;
@@ -192,6 +196,7 @@ class DesktopSession {
  private:
   explicit DesktopSession(Options options);
   std::expected<void, std::string> startServer();
+  std::expected<void, std::string> splitIntoMonitors();
   std::expected<void, std::string> startBus();
   std::expected<void, std::string> startWindowManager();
 

@@ -19,8 +19,10 @@ using namespace std::chrono_literals;
 
 class OverlayProgramTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    auto started = DesktopSession::start();
+  void SetUp() override { startSession(DesktopSession::Options{}); }
+
+  void startSession(DesktopSession::Options options) {
+    auto started = DesktopSession::start(options);
     ASSERT_TRUE(started) << started.error();
     session = std::move(*started);
 
@@ -108,6 +110,18 @@ TEST_F(OverlayProgramTest, EscHidesTheOverlayAndTheKeyboardGoesBack) {
   ASSERT_TRUE(session->key({"Escape"}));
   EXPECT_TRUE(session->waitUntil([&] { return !session->isViewable(*overlay); }, 10s));
   EXPECT_TRUE(session->waitForActiveWindow(*previous, 10s)) << log();
+}
+
+TEST_F(OverlayProgramTest, TheOverlayOpensOnTheDisplayUnderThePointer) {
+  session.reset();
+  startSession(DesktopSession::Options{.monitors = 2});
+  ASSERT_TRUE(session);
+  ASSERT_TRUE(session->movePointer(session->width() + 200, 300));
+  const auto overlay = showOverlay();
+  ASSERT_TRUE(overlay) << session->logs() << log();
+  const auto frame = session->geometry(*overlay);
+  ASSERT_TRUE(frame);
+  EXPECT_EQ(*frame, (WindowGeometry{session->width(), 0, session->width(), session->height()})) << log();
 }
 
 }  // namespace
