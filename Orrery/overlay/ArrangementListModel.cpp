@@ -2,6 +2,7 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -14,12 +15,48 @@ QString keyText(const LayoutItem& item) {
   return QStringLiteral("folder:") + QString::fromStdString(item.asFolder()->id.text());
 }
 
+LayoutDiff diffOfItems(const std::vector<LayoutItem>& before, const std::vector<LayoutItem>& after) {
+  Layout then;
+  then.items = before;
+  Layout now;
+  now.items = after;
+  return diff(then, now);
+}
+
 }  // namespace
 
 ArrangementListModel::ArrangementListModel(ArrangementController& arrangement, QObject* parent)
-    : DiffReplayingListModel(parent), items_(arrangement.layout().items) {
+    : DiffReplayingListModel(parent), arrangement_(arrangement), items_(arrangement.layout().items) {
   connect(&arrangement, &ArrangementController::layoutChanged, this,
-          [this, &arrangement](const LayoutDiff& diff) { replay(diff, arrangement.layout()); });
+          [this](const LayoutDiff& diff) { follow(diff, arrangement_.layout()); });
+}
+
+void ArrangementListModel::setWindow(Index first, Index count) {
+  const Window window{std::max<Index>(first, 0), std::max<Index>(count, 0)};
+  if (window_ && window_->first == window.first && window_->count == window.count) return;
+  window_ = window;
+  std::vector<LayoutItem> after = windowOf(arrangement_.layout().items);
+  replay(diffOfItems(items_, after), after);
+}
+
+std::vector<LayoutItem> ArrangementListModel::windowOf(const std::vector<LayoutItem>& items) const {
+  if (!window_) return items;
+  const auto size = static_cast<Index>(items.size());
+  const Index first = std::min(window_->first, size);
+  const Index last = std::min(window_->first + window_->count, size);
+  return {items.begin() + offset(first), items.begin() + offset(last)};
+}
+
+void ArrangementListModel::follow(const LayoutDiff& diff, const Layout& after) {
+  if (!window_) {
+    replay(diff, after.items);
+    return;
+  }
+  // The whole list's script does not fit a window (an insertion before it
+  // pushes one item in and another out), so the window is compared anew;
+  // it is one page, a few dozen items.
+  std::vector<LayoutItem> shown = windowOf(after.items);
+  replay(diffOfItems(items_, shown), shown);
 }
 
 int ArrangementListModel::rowCount(const QModelIndex& parent) const {
@@ -123,9 +160,9 @@ QString ArrangementListModel::iconSource(const std::string& appID) const {
   return known != nullptr && iconSource_ ? iconSource_(*known) : QString();
 }
 
-void ArrangementListModel::replay(const LayoutDiff& diff, const Layout& after) {
-  replayRows(items_, diff, after.items, [this, &after](Index at, LayoutChange::Kind kind) {
-    items_[static_cast<std::size_t>(at)] = after.items[static_cast<std::size_t>(at)];
+void ArrangementListModel::replay(const LayoutDiff& diff, const std::vector<LayoutItem>& after) {
+  replayRows(items_, diff, after, [this, &after](Index at, LayoutChange::Kind kind) {
+    items_[static_cast<std::size_t>(at)] = after[static_cast<std::size_t>(at)];
     const QModelIndex changed = index(row(at));
     emit dataChanged(changed, changed,
                      kind == LayoutChange::Kind::renamed

@@ -7,6 +7,10 @@
 // rescan that changes nothing on screen redraws nothing. Neighbouring
 // insertions and removals are announced as one range.
 //
+// A model may show a window of the list instead (setWindow: the items of
+// one page of the grid); it then replays what changed inside its window,
+// items that slide in from a neighbouring page included.
+//
 // The rows carry the arrangement's facts (keys, folder names and contents)
 // joined with the installed apps' names (setApps), so a tile shows an app's
 // name as the last scan found it.
@@ -15,6 +19,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -59,15 +64,28 @@ class ArrangementListModel final : public DiffReplayingListModel {
   void setApps(const std::unordered_map<std::string, AppInfo>& apps);
   void setIconSource(IconSource iconSource);
 
+  // Shows only the items at [first, first + count) of the arrangement,
+  // announced as row changes from what it showed before.
+  void setWindow(Index first, Index count);
+
   // The items as the model shows them now.
   const std::vector<LayoutItem>& items() const { return items_; }
 
  private:
-  void replay(const LayoutDiff& diff, const Layout& after);
+  struct Window {
+    Index first = 0;
+    Index count = 0;
+  };
+
+  void follow(const LayoutDiff& diff, const Layout& after);
+  void replay(const LayoutDiff& diff, const std::vector<LayoutItem>& after);
+  std::vector<LayoutItem> windowOf(const std::vector<LayoutItem>& items) const;
 
   const AppInfo* app(const std::string& appID) const;
   QString iconSource(const std::string& appID) const;
 
+  ArrangementController& arrangement_;
+  std::optional<Window> window_;
   std::vector<LayoutItem> items_;
   std::unordered_map<std::string, AppInfo> apps_;
   IconSource iconSource_;

@@ -14,7 +14,25 @@ bool isBlank(const std::string& text) {
 }  // namespace
 
 OverlayModel::OverlayModel(ArrangementController& arrangement, QObject* parent)
-    : QObject(parent), state_(Layout::empty(), {}, 1, 1), items_(arrangement) {}
+    : QObject(parent), state_(Layout::empty(), {}, 1, 1), arrangement_(arrangement), items_(arrangement) {}
+
+QObject* OverlayModel::pageItems(int page) {
+  page = std::max(page, 0);
+  auto& model = pages_[page];
+  if (model == nullptr) {
+    model = new ArrangementListModel(arrangement_, this);
+    model->setApps(apps_);
+    if (iconSource_) model->setIconSource(iconSource_);
+    const Index perPage = state_.perPage();
+    model->setWindow(page * perPage, perPage);
+  }
+  return model;
+}
+
+void OverlayModel::forEachItemModel(const std::function<void(ArrangementListModel&)>& action) {
+  action(items_);
+  for (auto& [page, model] : pages_) action(*model);
+}
 
 std::vector<AppInfo> OverlayModel::appList() const {
   std::vector<AppInfo> apps;
@@ -34,9 +52,11 @@ void OverlayModel::sync(const Layout& layout, const AppMap& apps, const Settings
   if (appsChange || gridChanges || layout != state_.layout()) {
     if (appsChange) {
       apps_ = apps;
-      items_.setApps(apps_);
+      forEachItemModel([this](ArrangementListModel& model) { model.setApps(apps_); });
     }
     state_.update(layout, appList(), settings.columns, settings.rows);
+    const Index perPage = state_.perPage();
+    for (auto& [page, model] : pages_) model->setWindow(page * perPage, perPage);
     refreshResults();
   }
   if (gridChanges) {
@@ -101,7 +121,8 @@ void OverlayModel::refreshResults() {
 }
 
 void OverlayModel::setIconSource(const std::function<QString(const AppInfo&)>& iconSource) {
-  items_.setIconSource(iconSource);
+  iconSource_ = iconSource;
+  forEachItemModel([&](ArrangementListModel& model) { model.setIconSource(iconSource); });
   searchResults_.setIconSource(iconSource);
 }
 

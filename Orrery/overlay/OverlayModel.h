@@ -21,6 +21,8 @@
 #include <QString>
 
 #include <functional>
+#include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -123,6 +125,11 @@ class OverlayModel final : public QObject {
   // How both lists show an app's icon.
   void setIconSource(const std::function<QString(const AppInfo&)>& iconSource);
 
+  // The items of one page of the grid, following every change like
+  // `items`. Made on first use and kept by the model.
+  Q_INVOKABLE QObject* pageItems(int page);
+  ArrangementListModel& pageItemsModel(int page) { return *static_cast<ArrangementListModel*>(pageItems(page)); }
+
   QObject* items() { return &items_; }
   QObject* searchResults() { return &searchResults_; }
   ArrangementListModel& itemsModel() { return items_; }
@@ -166,7 +173,13 @@ class OverlayModel final : public QObject {
   bool scrollAnimated_ = false;
   QString message_;
 
+  void forEachItemModel(const std::function<void(ArrangementListModel&)>& action);
+
+  ArrangementController& arrangement_;
   ArrangementListModel items_;
+  // Children of the model: QML must not take over what it is handed.
+  std::map<int, ArrangementListModel*> pages_;
+  std::function<QString(const AppInfo&)> iconSource_;
   SearchResultsModel searchResults_;
 };
 

@@ -55,8 +55,7 @@ Item {
         clip: root.overlay.scrollMode
         visible: !root.overlay.isSearching
 
-        // All pages side by side (paged) or one tall column (scrolling); the
-        // row of a tile decides its place, so moved rows glide to theirs.
+        // All pages side by side (paged) or one tall column (scrolling).
         Item {
             id: strip
             x: root.overlay.scrollMode ? 0 : -root.overlay.page * (grid.width + root.sideMargin * 2)
@@ -70,12 +69,55 @@ Item {
                 NumberAnimation { duration: 250; easing.type: Easing.OutCubic }
             }
 
+            // Paged: one slot per page; a page's tiles exist while it is on
+            // screen or next to it, those out of sight built in the
+            // background, so a thousand apps cost three pages of tiles.
             Repeater {
-                model: root.overlay.items
-                // Each slot is a light placeholder; the tile itself exists
-                // only for the page on screen and its neighbours, so a
-                // thousand apps do not cost a thousand tiles. Pages out of
-                // sight are built in the background, a few tiles a frame.
+                model: root.overlay.scrollMode ? 0 : root.overlay.pageCount
+                delegate: Item {
+                    id: pageSlot
+                    required property int index
+                    x: index * (grid.width + root.sideMargin * 2)
+                    width: grid.width
+                    height: grid.height
+
+                    Loader {
+                        anchors.fill: parent
+                        active: Math.abs(pageSlot.index - root.overlay.page) <= 1
+                        asynchronous: pageSlot.index !== root.overlay.page
+                        sourceComponent: Item {
+                            Repeater {
+                                model: root.overlay.pageItems(pageSlot.index)
+                                delegate: Tile {
+                                    required property int index
+                                    required property string name
+                                    required property string appID
+                                    required property string folderID
+                                    required property string iconSource
+                                    required property bool isFolder
+                                    required property var folderIconSources
+
+                                    x: index % Math.max(root.overlay.columns, 1) * root.cellWidth
+                                    y: Math.floor(index / Math.max(root.overlay.columns, 1)) * root.cellHeight
+                                    width: root.cellWidth
+                                    height: root.cellHeight
+                                    iconSize: root.overlay.iconSize
+                                    label: name
+                                    icon: iconSource
+                                    folderIcons: isFolder ? folderIconSources : []
+                                    onActivated: isFolder ? root.overlay.openFolder(folderID)
+                                                          : root.overlay.launch(appID)
+                                }
+                            }
+                        }
+                    }
+                }
+            }
+
+            // Scrolling: one tall column of every item; tiles exist only
+            // near the part in view.
+            Repeater {
+                model: root.overlay.scrollMode ? root.overlay.items : null
                 delegate: Item {
                     id: slotItem
                     required property int index
@@ -86,23 +128,14 @@ Item {
                     required property bool isFolder
                     required property var folderIconSources
 
-                    readonly property int page: root.overlay.scrollMode ? 0 : Math.floor(index / root.perPage)
-                    readonly property int slot: root.overlay.scrollMode ? index : index % root.perPage
-                    readonly property int column: slot % Math.max(root.overlay.columns, 1)
-                    readonly property int row: Math.floor(slot / Math.max(root.overlay.columns, 1))
-                    readonly property bool near: root.overlay.scrollMode
-                        ? Math.abs(y - root.overlay.scrollOffset) < 2 * grid.height
-                        : Math.abs(page - root.overlay.page) <= 1
-
-                    x: page * (grid.width + root.sideMargin * 2) + column * root.cellWidth
-                    y: row * root.cellHeight
+                    x: index % Math.max(root.overlay.columns, 1) * root.cellWidth
+                    y: Math.floor(index / Math.max(root.overlay.columns, 1)) * root.cellHeight
                     width: root.cellWidth
                     height: root.cellHeight
 
                     Loader {
                         anchors.fill: parent
-                        active: slotItem.near
-                        asynchronous: root.overlay.scrollMode ? false : slotItem.page !== root.overlay.page
+                        active: Math.abs(slotItem.y - root.overlay.scrollOffset) < 2 * grid.height
                         sourceComponent: Tile {
                             iconSize: root.overlay.iconSize
                             label: slotItem.name

@@ -64,12 +64,14 @@ void AppDelegate::launch() {
   icons_ = std::make_unique<IconCache>(platform::makeIconLocator(),
                                        platform::iconThemeName(QIcon::themeName(), iconFolders), iconFolders);
   overlayModel_ = std::make_unique<OverlayModel>(*arrangement_);
-  windows_ = platform::makeWindowSystem();
-  overlay_ = std::make_unique<OverlayController>(*overlayModel_, clock_, icons_->makeImageProvider(),
-                                                 windows_.get());
   const auto syncOverlay = [this] {
     overlayModel_->sync(arrangement_->layout(), catalog_->apps(), settings_->settings());
   };
+  // Before the view exists, so its tiles are made once, at the grid's size.
+  syncOverlay();
+  windows_ = platform::makeWindowSystem();
+  overlay_ = std::make_unique<OverlayController>(*overlayModel_, clock_, icons_->makeImageProvider(),
+                                                 windows_.get());
   // Icons are made ahead, at the size the grid draws them, whenever the apps
   // or that size change; the tiles then find them ready.
   const auto preloadIcons = [this] {
@@ -84,7 +86,6 @@ void AppDelegate::launch() {
     for (const auto& [id, app] : catalog_->apps()) apps.push_back(app);
     icons_->preload(std::move(apps), pixels);
   };
-  syncOverlay();
   preloadIcons();
 
   // The overlay stays until the app really started, so a failure can be

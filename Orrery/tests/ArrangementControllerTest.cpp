@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -209,6 +211,9 @@ TEST_F(ArrangementControllerTest, TheListModelFollowsRandomEditsRowByRow) {
     orrery::testing::Random random(seed);
     make(orrery::testing::randomLayout(random, universe));
     ModelTracker tracker(*arrangement);
+    // The second page of a grid of eight: items slide in and out of it.
+    ModelTracker page(*arrangement);
+    page.model.setWindow(8, 8);
     for (int step = 0; step < 60; ++step) {
       std::string operation;
       arrangement->mutate([&](Layout& layout) {
@@ -216,8 +221,13 @@ TEST_F(ArrangementControllerTest, TheListModelFollowsRandomEditsRowByRow) {
       });
       ASSERT_EQ(tracker.model.items(), arrangement->layout().items) << "seed " << seed << ": " << operation;
       ASSERT_EQ(tracker.keys(), keysOf(arrangement->layout())) << "seed " << seed << ": " << operation;
+      const std::vector<std::string> all = keysOf(arrangement->layout());
+      const std::vector<std::string> second(all.begin() + std::min<std::ptrdiff_t>(8, std::ssize(all)),
+                                            all.begin() + std::min<std::ptrdiff_t>(16, std::ssize(all)));
+      ASSERT_EQ(page.keys(), second) << "seed " << seed << ": " << operation;
     }
     EXPECT_EQ(tracker.resets, 0);
+    EXPECT_EQ(page.resets, 0);
     arrangement.reset();
   }
 }

@@ -196,6 +196,31 @@ TEST_F(OverlayModelTest, SyncAnnouncesOnlyWhatChanged) {
   EXPECT_EQ(model->itemsModel().index(2).data(ArrangementListModel::NameRole).toString(), "Dateien");
 }
 
+TEST_F(OverlayModelTest, PageModelsFollowTheGridSizeAndTheApps) {
+  settings.columns = 2;
+  settings.rows = 1;
+  sync();
+  auto& second = model->pageItemsModel(1);
+  QAbstractItemModelTester tester(&second, QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const auto names = [&] {
+    std::vector<std::string> shown;
+    for (int row = 0; row < second.rowCount(); ++row)
+      shown.push_back(second.index(row).data(ArrangementListModel::NameRole).toString().toStdString());
+    return shown;
+  };
+  EXPECT_EQ(names(), (std::vector<std::string>{"Files", "Terminal"}));
+  EXPECT_EQ(&model->pageItemsModel(1), &second);  // one model per page, kept
+
+  // Three to a page: the second page starts one item later.
+  settings.columns = 3;
+  sync();
+  EXPECT_EQ(names(), (std::vector<std::string>{"Terminal", "Firewall"}));
+
+  apps.at("firewall").name = "Brandmauer";
+  sync();
+  EXPECT_EQ(names(), (std::vector<std::string>{"Terminal", "Brandmauer"}));
+}
+
 TEST_F(OverlayModelTest, AFolderThatGoesAwayCloses) {
   model->openFolder(folderIDOf(arrangement->layout(), 1));
   const Uuid office = arrangement->layout().items[1].asFolder()->id;
