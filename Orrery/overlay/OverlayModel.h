@@ -14,11 +14,21 @@
 // turns into a launch; nothing here touches a window, so every rule can be
 // tested without one.
 //
+// Edits of the arrangement (renaming, hiding, taking an app out of its
+// folder, dissolving a folder, sorting and its undo) go through the
+// ArrangementController's mutate(), which saves them; the open folder's
+// apps (`folderApps`) and the sort's undo offer (`canUndoSort`) follow the
+// controller's layout directly. The keyboard walks the tiles through
+// `focusedIndex` (in the open folder when there is one, else in the grid),
+// and a context menu is a list of entries computed here for the item it
+// was opened on.
+//
 // Thread rules: main thread only.
 #pragma once
 
 #include <QObject>
 #include <QString>
+#include <QVariantList>
 
 #include <functional>
 #include <map>
@@ -30,8 +40,10 @@
 
 #include "Orrery/catalog/ArrangementController.h"
 #include "Orrery/overlay/ArrangementListModel.h"
+#include "Orrery/overlay/FolderAppsModel.h"
 #include "Orrery/overlay/SearchResultsModel.h"
 #include "OrreryCore/catalog/AppInfo.h"
+#include "OrreryCore/arrangement/SortUndo.h"
 #include "OrreryCore/overlay/OverlayState.h"
 #include "OrreryCore/overlay/ScrollGrid.h"
 #include "OrreryCore/settings/Settings.h"
@@ -58,9 +70,32 @@ class OverlayModel final : public QObject {
   Q_PROPERTY(QObject* items READ items CONSTANT)
   Q_PROPERTY(QObject* searchResults READ searchResults CONSTANT)
   Q_PROPERTY(int resultCount READ resultCount NOTIFY resultCountChanged)
+  Q_PROPERTY(QString folderNameDraft READ folderNameDraft WRITE setFolderNameDraft NOTIFY folderNameDraftChanged)
+  Q_PROPERTY(QObject* folderApps READ folderApps CONSTANT)
+  Q_PROPERTY(int folderColumns READ folderColumns NOTIFY folderColumnsChanged)
+  Q_PROPERTY(int renameRequest READ renameRequest NOTIFY renameRequestChanged)
+  Q_PROPERTY(int focusedIndex READ focusedIndex NOTIFY focusedIndexChanged)
+  Q_PROPERTY(bool canSortByName READ canSortByName NOTIFY canSortByNameChanged)
+  Q_PROPERTY(bool canUndoSort READ canUndoSort NOTIFY canUndoSortChanged)
+  Q_PROPERTY(bool menuOpen READ menuOpen NOTIFY menuChanged)
+  Q_PROPERTY(QVariantList menuEntries READ menuEntries NOTIFY menuChanged)
+  Q_PROPERTY(int menuIndex READ menuIndex NOTIFY menuChanged)
+  Q_PROPERTY(bool menuAtFocus READ menuAtFocus NOTIFY menuChanged)
+  Q_PROPERTY(double menuX READ menuX NOTIFY menuChanged)
+  Q_PROPERTY(double menuY READ menuY NOTIFY menuChanged)
+  Q_PROPERTY(double searchTop READ searchTop WRITE setSearchTop NOTIFY searchTopChanged)
 
  public:
   using AppMap = std::unordered_map<std::string, AppInfo>;
+
+  // What a context menu entry does.
+  enum class MenuAction { open, hide, removeFromFolder, moveToTrash, rename, dissolveFolder, sortByName };
+  struct MenuEntry {
+    QString title;
+    MenuAction action;
+    bool enabled = true;
+    friend bool operator==(const MenuEntry&, const MenuEntry&) = default;
+  };
 
   // The items follow `arrangement` row by row; it must outlive the model.
   explicit OverlayModel(ArrangementController& arrangement, QObject* parent = nullptr);
@@ -87,15 +122,77 @@ class OverlayModel final : public QObject {
 
   // Bumped when the search field must take the keyboard again.
   int focusRequest() const { return focusRequest_; }
-  void requestFocus();
+  Q_INVOKABLE void requestFocus();
 
   QString openFolderID() const { return openFolderID_; }
-  // Opens the folder when it exists.
+  // Opens the folder when it exists, with its name as the title's draft; a
+  // folder open before is closed first.
   Q_INVOKABLE void openFolder(const QString& folderID);
+  // Commits the title's draft, then closes.
   Q_INVOKABLE void closeFolder();
+  // The open folder's title as it is being edited.
+  QString folderNameDraft() const { return folderNameDraft_; }
+  void setFolderNameDraft(const QString& draft);
+  // Renames the open folder to the draft, trimmed, or to the default name
+  // when nothing but spaces is left; the draft shows what was stored.
+  Q_INVOKABLE void commitFolderName();
+  // The open folder's apps, for its panel, and how many columns it shows.
+  QObject* folderApps() { return &folderApps_; }
+  FolderAppsModel& folderAppsModel() { return folderApps_; }
+  int folderColumns() const;
+  // Bumped when the open folder's title should take the keyboard ("Rename").
+  int renameRequest() const { return renameRequest_; }
 
   // Whether a drag may rearrange the grid: never while searching.
   bool canRearrange() const { return !isSearching(); }
+
+  // Arrangement edits, each saved at once.
+  Q_INVOKABLE void hide(const QString& appID);
+  Q_INVOKABLE void removeFromFolder(const QString& appID);
+  Q_INVOKABLE void dissolveFolder(const QString& folderID);
+
+  // Sorting by name, with one step of undo while nothing else changed the
+  // arrangement since.
+  bool canSortByName() const;
+  Q_INVOKABLE void sortByName();
+  bool canUndoSort() const { return sortUndo_.has_value(); }
+  Q_INVOKABLE void undoSort();
+  const std::optional<SortUndo>& sortUndo() const { return sortUndo_; }
+  // Whether a change of the arrangement is also sent to the user's other
+  // machines (the sort's confirmation says so).
+  bool syncEnabled() const { return arrangement_.syncEnabled(); }
+
+  // Keyboard focus on a tile: an index into the open folder's apps, or into
+  // the grid's items; -1 while the search field has the keyboard.
+  int focusedIndex() const { return focusedIndex_; }
+  // Moves the focus by columns and rows; false when the keys should do
+  // what they do without a focused tile (turn pages, stay in the text).
+  bool moveFocus(int across, int down);
+  // Opens the focused tile: launches an app, opens a folder. False when no
+  // tile has the focus.
+  bool activateFocused();
+
+  // Context menus: on a grid item, on an app of the open folder, on the
+  // empty grid, or on the focused tile (the Menu key).
+  Q_INVOKABLE void openItemMenu(int index, double x, double y);
+  Q_INVOKABLE void openFolderAppMenu(int index, double x, double y);
+  Q_INVOKABLE void openGridMenu(double x, double y);
+  void openMenuAtFocus();
+  Q_INVOKABLE void closeMenu();
+  Q_INVOKABLE void chooseMenuEntry(int index);
+  // Up and down in an open menu, over the enabled entries.
+  void moveMenuSelection(int by);
+  const std::vector<MenuEntry>& menu() const { return menu_; }
+  bool menuOpen() const { return !menu_.empty(); }
+  QVariantList menuEntries() const;
+  int menuIndex() const { return menuIndex_; }
+  bool menuAtFocus() const { return menuAtFocus_; }
+  double menuX() const { return menuX_; }
+  double menuY() const { return menuY_; }
+
+  // The top of the search field, told by the view: sheets hang below it.
+  double searchTop() const { return searchTop_; }
+  void setSearchTop(double top);
 
   // Scroll mode: the viewport is told by the view; offsets stay within the
   // content.
@@ -108,8 +205,8 @@ class OverlayModel final : public QObject {
   // One "page" of scrolling: what Page Up/Down and the arrows move by.
   double scrollPageStep() const;
 
-  // Esc: closes an open folder first; true when it was used that way, false
-  // when the overlay itself should hide.
+  // Esc: closes an open menu, then an open folder; true when it was used
+  // that way, false when the overlay itself should hide.
   Q_INVOKABLE bool handleEscape();
   // Return: launches the first search result, if any (with nothing typed,
   // the first app of the grid).
@@ -150,6 +247,16 @@ class OverlayModel final : public QObject {
   void scrollChanged();
   void messageChanged();
   void resultCountChanged();
+  void folderNameDraftChanged();
+  void folderColumnsChanged();
+  void renameRequestChanged();
+  void focusedIndexChanged();
+  void canSortByNameChanged();
+  void canUndoSortChanged();
+  void menuChanged();
+  void searchTopChanged();
+  // "Sort by Name …" was chosen: the controller asks for confirmation.
+  void sortRequested();
   // The user chose an app to open.
   void launchRequested(const orrery::AppInfo& app);
 
@@ -159,6 +266,21 @@ class OverlayModel final : public QObject {
   void announcePaging(std::int64_t oldPage, std::int64_t oldCount);
   void setScrollOffset(double offset, bool animated);
   std::vector<AppInfo> appList() const;
+  // Follows a change of the arrangement: the open folder, the undo offer,
+  // the focus.
+  void arrangementChanged();
+  const Folder* findFolder(const QString& folderID) const;
+  const Folder* currentFolder() const { return findFolder(openFolderID_); }
+  // The number of tiles the focus walks over, and how many a row holds.
+  int focusCount() const;
+  void setFocusedIndex(int index);
+  void showMenu(std::vector<MenuEntry> entries, double x, double y, bool atFocus);
+  void refreshSortAbility();
+
+  struct MenuTarget {
+    std::string appID;   // an app's menu
+    QString folderID;    // a folder's menu, or the folder the app is in
+  };
 
   OverlayState state_;
   AppMap apps_;
@@ -181,6 +303,19 @@ class OverlayModel final : public QObject {
   std::map<int, ArrangementListModel*> pages_;
   std::function<QString(const AppInfo&)> iconSource_;
   SearchResultsModel searchResults_;
+  FolderAppsModel folderApps_;
+  QString folderNameDraft_;
+  int renameRequest_ = 0;
+  int focusedIndex_ = -1;
+  std::optional<SortUndo> sortUndo_;
+  bool canSort_ = false;
+  std::vector<MenuEntry> menu_;
+  MenuTarget menuTarget_;
+  int menuIndex_ = 0;
+  bool menuAtFocus_ = false;
+  double menuX_ = 0;
+  double menuY_ = 0;
+  double searchTop_ = 0;
 };
 
 }  // namespace orrery::app
