@@ -43,6 +43,8 @@ OverlayController::OverlayController(OverlayModel& model, Clock& clock, QQuickIm
   qApp->installEventFilter(this);
   connect(qApp, &QGuiApplication::applicationStateChanged, this, &OverlayController::reevaluateFocus);
   connect(qApp, &QGuiApplication::focusWindowChanged, this, &OverlayController::reevaluateFocus);
+  connect(&model_, &OverlayModel::sortRequested, this, &OverlayController::confirmSortByName);
+  connect(&model_, &OverlayModel::searchTopChanged, this, &OverlayController::sortSheetChanged);
   connect(view_.get(), &QQuickWindow::frameSwapped, this, [this] {
     if (!timingShow_) return;
     timingShow_ = false;
@@ -116,6 +118,9 @@ void OverlayController::show(QScreen* screen, const QString& label) {
 void OverlayController::hide() {
   if (!visible_) return;
   visible_ = false;
+  // What was asked of the user no longer stands once the overlay goes.
+  finishSortSheet(false);
+  model_.closeMenu();
   const std::uint64_t generation = ++generation_;
   setRevealed(false);
   reevaluateFocus();
@@ -169,33 +174,88 @@ bool OverlayController::searchFieldHasFocus() const {
   return focused != nullptr && focused->objectName() == QLatin1String("searchInput");
 }
 
+bool OverlayController::folderTitleHasFocus() const {
+  const QQuickItem* focused = view_->activeFocusItem();
+  return focused != nullptr && focused->objectName() == QLatin1String("folderTitle");
+}
+
 bool OverlayController::composing() const {
   const QQuickItem* focused = view_->activeFocusItem();
   return focused != nullptr && focused->property("inputMethodComposing").toBool();
 }
 
+bool OverlayController::handleMenuKey(const QKeyEvent& event) {
+  switch (event.key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+      model_.moveMenuSelection(event.key() == Qt::Key_Up ? -1 : 1);
+      return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+      model_.chooseMenuEntry(model_.menuIndex());
+      return true;
+    case Qt::Key_Escape:
+    case Qt::Key_Menu:
+      model_.closeMenu();
+      return true;
+    default:
+      // Anything else dismisses the menu and does what it does.
+      model_.closeMenu();
+      return false;
+  }
+}
+
 bool OverlayController::handleKey(const QKeyEvent& event) {
   if (composing()) return false;
+  if (sortSheetShown_) {
+    // The sheet is modal: "Sort" is the default button, Esc cancels.
+    if (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter)
+      finishSortSheet(true);
+    else if (event.key() == Qt::Key_Escape)
+      finishSortSheet(false);
+    return true;
+  }
+  if (model_.menuOpen() && handleMenuKey(event)) return true;
+  // The folder's title keeps what is typed into it; Esc still closes the
+  // folder, which keeps the name.
+  if (folderTitleHasFocus() && event.key() != Qt::Key_Escape) return false;
   const bool searching = model_.isSearching();
   const bool scrolling = model_.scrollMode();
+  if (event.key() == Qt::Key_Menu || (event.key() == Qt::Key_F10 && event.modifiers() == Qt::ShiftModifier)) {
+    model_.openMenuAtFocus();
+    return true;
+  }
+  if (event.key() == Qt::Key_Z && event.modifiers() == Qt::ControlModifier && model_.canUndoSort()) {
+    model_.undoSort();
+    return true;
+  }
   switch (event.key()) {
     case Qt::Key_Escape:
       if (!model_.handleEscape()) hide();
       return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-      model_.launchOnEnter();
+      if (!model_.activateFocused()) model_.launchOnEnter();
+      return true;
+    case Qt::Key_Space:
+      if (model_.focusedIndex() < 0 || searching) break;
+      model_.activateFocused();
       return true;
     case Qt::Key_Left:
     case Qt::Key_Right:
       // While searching the arrows belong to the text.
-      if (searching || scrolling) return false;
+      if (searching) return false;
+      if (model_.moveFocus(event.key() == Qt::Key_Left ? -1 : 1, 0)) return true;
+      if (scrolling) return false;
       event.key() == Qt::Key_Left ? model_.previousPage() : model_.nextPage();
       return true;
-    case Qt::Key_PageUp:
-    case Qt::Key_PageDown:
     case Qt::Key_Up:
-    case Qt::Key_Down: {
+    case Qt::Key_Down:
+      if (!searching && model_.moveFocus(0, event.key() == Qt::Key_Up ? -1 : 1)) return true;
+      [[fallthrough]];
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown: {
       if (searching) return false;
       const bool back = event.key() == Qt::Key_PageUp || event.key() == Qt::Key_Up;
       if (scrolling)
@@ -230,13 +290,36 @@ bool OverlayController::handleKey(const QKeyEvent& event) {
 }
 
 bool OverlayController::handleWheel(const WheelInput& input) {
-  if (model_.isSearching()) return false;
+  // An open folder scrolls its own apps.
+  if (model_.isSearching() || !model_.openFolderID().isEmpty()) return false;
   if (model_.scrollMode()) {
     model_.scroll(-input.dy, false);
     return true;
   }
   if (const std::optional<int> delta = swipe_.pageDelta(input)) model_.goTo(model_.page() + *delta);
   return true;
+}
+
+void OverlayController::confirmSortByName() {
+  if (!visible_ || sortSheetShown_ || !model_.canSortByName()) return;
+  model_.closeMenu();
+  sortSheetShown_ = true;
+  emit sortSheetChanged();
+}
+
+void OverlayController::finishSortSheet(bool sort) {
+  if (!sortSheetShown_) return;
+  sortSheetShown_ = false;
+  emit sortSheetChanged();
+  if (sort) model_.sortByName();
+}
+
+QString OverlayController::sortSheetMessage() { return tr("Sort all apps and folders by name?"); }
+
+QString OverlayController::sortSheetText() const {
+  QString text = tr("Folders come first, then apps, each from A to Z. You can undo it right afterwards.");
+  if (model_.syncEnabled()) text += QStringLiteral("\n\n") + tr("The arrangement also changes on your other Macs.");
+  return text;
 }
 
 }  // namespace orrery::app

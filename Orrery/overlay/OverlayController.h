@@ -15,6 +15,14 @@
 // sees them: Esc, Return, the arrows, Page Up/Down, Home/End, wheel and
 // touchpad paging, and type-to-search (a printable key anywhere goes to the
 // search field). While an input method composes, keys are left alone.
+// With a tile focused the arrows walk the tiles, Return and Space open it
+// and the Menu key opens its context menu; an open menu takes the arrows,
+// Return and Esc, and the sort's confirmation sheet takes every key.
+//
+// "Sort by Name …" asks first (confirmSortByName()): a sheet below the
+// search field with the question, what the sort does and, when the
+// arrangement is synced, that other machines follow; "Sort" sorts through
+// the model, "Cancel" and Esc leave everything as it is.
 //
 // While it is up the overlay keeps the keyboard: when another of our windows
 // takes it without the user having clicked there (a window that raised
@@ -53,6 +61,10 @@ namespace orrery::app {
 class OverlayController final : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool revealed READ revealed NOTIFY revealedChanged)
+  Q_PROPERTY(bool sortSheetShown READ sortSheetShown NOTIFY sortSheetChanged)
+  Q_PROPERTY(QString sortSheetMessage READ sortSheetMessage CONSTANT)
+  Q_PROPERTY(QString sortSheetText READ sortSheetText NOTIFY sortSheetChanged)
+  Q_PROPERTY(double sheetTop READ sheetTop NOTIFY sortSheetChanged)
 
  public:
   static constexpr std::chrono::milliseconds fadeDuration{180};
@@ -97,6 +109,17 @@ class OverlayController final : public QObject {
   // there until they click into the overlay again.
   bool keyboardYielded() const { return keyboardYielded_; }
 
+  // Shows the sort's confirmation sheet, when the overlay is shown, no
+  // sheet is open and the model can sort.
+  Q_INVOKABLE void confirmSortByName();
+  // The sheet's answer: true for "Sort".
+  Q_INVOKABLE void finishSortSheet(bool sort);
+  bool sortSheetShown() const { return sortSheetShown_; }
+  static QString sortSheetMessage();
+  QString sortSheetText() const;
+  // Where sheets hang: 60 points below the search field's top.
+  double sheetTop() const { return model_.searchTop() + 60; }
+
  signals:
   void revealedChanged();
   // The first frame after a show reached the screen.
@@ -105,6 +128,7 @@ class OverlayController final : public QObject {
   // or empty when no window had it); the window system hands it over later.
   void reclaimingKeyboard(const QString& previous);
   void hidden();
+  void sortSheetChanged();
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -113,6 +137,8 @@ class OverlayController final : public QObject {
   void setRevealed(bool revealed);
   void finishHide(std::uint64_t generation);
   bool searchFieldHasFocus() const;
+  bool folderTitleHasFocus() const;
+  bool handleMenuKey(const QKeyEvent& event);
   bool composing() const;
   KeyOwner keyOwner() const;
   // A mouse button went down in one of our windows while the overlay is up.
@@ -141,6 +167,7 @@ class OverlayController final : public QObject {
   bool timingShow_ = false;
   bool keyboardYielded_ = false;
   bool reclaimScheduled_ = false;
+  bool sortSheetShown_ = false;
 };
 
 }  // namespace orrery::app
