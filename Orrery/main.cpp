@@ -6,6 +6,8 @@
 #include <QSGRendererInterface>
 #include <QTimer>
 
+#include <optional>
+
 #include "Orrery/base/Logging.h"
 #include "Orrery/platform/PlatformFactory.h"
 #include "Orrery/shell/AppDelegate.h"
@@ -28,6 +30,10 @@ int main(int argc, char* argv[]) {
   const QCommandLineOption showOverlay(
       QStringLiteral("show-overlay"), QStringLiteral("Show the overlay as soon as the program has started."));
   commandLine.addOption(showOverlay);
+  const QCommandLineOption showFolder(QStringLiteral("show-folder"),
+                                      QStringLiteral("Show the overlay with the folder of this name open."),
+                                      QStringLiteral("NAME"));
+  commandLine.addOption(showFolder);
   const QCommandLineOption perfTest(
       QStringLiteral("perf-test"),
       QStringLiteral(
@@ -54,10 +60,14 @@ int main(int argc, char* argv[]) {
 
   orrery::app::AppDelegate delegate(dataDirectory);
   QTimer::singleShot(0, &delegate,
-                     [&delegate, show = commandLine.isSet(showOverlay), perf = commandLine.isSet(perfTest)] {
+                     [&delegate, show = commandLine.isSet(showOverlay), perf = commandLine.isSet(perfTest),
+                      folder = commandLine.isSet(showFolder) ? std::optional(commandLine.value(showFolder))
+                                                             : std::nullopt] {
                        delegate.launch();
                        if (perf)
                          delegate.runPerfTest();
+                       else if (folder)
+                         delegate.showFolder(*folder);
                        else if (show)
                          delegate.showOverlay(QStringLiteral("--show-overlay"));
                      });

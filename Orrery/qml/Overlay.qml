@@ -32,10 +32,23 @@ Item {
         }
     }
 
-    // A click on empty space hides the overlay.
+    // A click on empty space hides the overlay; a right click offers what
+    // can be done with the whole grid.
     MouseArea {
         anchors.fill: parent
-        onClicked: root.controller.hide()
+        acceptedButtons: Qt.LeftButton | Qt.RightButton
+        onClicked: (click) => click.button === Qt.RightButton
+                   ? root.overlay.openGridMenu(click.x, click.y) : root.controller.hide()
+    }
+
+    // The centre of a grid tile in the overlay's coordinates, for a menu
+    // opened with the keyboard.
+    function tileCenter(index) {
+        const slot = root.overlay.scrollMode ? index : index % root.perPage
+        const columns = Math.max(root.overlay.columns, 1)
+        return Qt.point(grid.x + (slot % columns + 0.5) * root.cellWidth,
+                        grid.y + (Math.floor(slot / columns) + 0.5) * root.cellHeight
+                        - (root.overlay.scrollMode ? root.overlay.scrollOffset : 0))
     }
 
     SearchField {
@@ -45,6 +58,7 @@ Item {
         anchors.horizontalCenter: parent.horizontalCenter
         y: 48
     }
+    Binding { target: root.overlay; property: "searchTop"; value: search.y }
 
     Item {
         id: grid
@@ -105,8 +119,16 @@ Item {
                                     label: name
                                     icon: iconSource
                                     folderIcons: isFolder ? folderIconSources : []
+                                    // The tile's place in the whole arrangement.
+                                    readonly property int itemIndex: pageSlot.index * root.perPage + index
+                                    highlighted: itemIndex === root.overlay.focusedIndex
+                                                 && root.overlay.openFolderID === ""
                                     onActivated: isFolder ? root.overlay.openFolder(folderID)
                                                           : root.overlay.launch(appID)
+                                    onMenuRequested: (x, y) => {
+                                        const at = mapToItem(root, x, y)
+                                        root.overlay.openItemMenu(itemIndex, at.x, at.y)
+                                    }
                                 }
                             }
                         }
@@ -141,8 +163,14 @@ Item {
                             label: slotItem.name
                             icon: slotItem.iconSource
                             folderIcons: slotItem.isFolder ? slotItem.folderIconSources : []
+                            highlighted: slotItem.index === root.overlay.focusedIndex
+                                         && root.overlay.openFolderID === ""
                             onActivated: slotItem.isFolder ? root.overlay.openFolder(slotItem.folderID)
                                                            : root.overlay.launch(slotItem.appID)
+                            onMenuRequested: (x, y) => {
+                                const at = mapToItem(root, x, y)
+                                root.overlay.openItemMenu(slotItem.index, at.x, at.y)
+                            }
                         }
                     }
                 }
@@ -214,5 +242,31 @@ Item {
             radius: 8
             color: "#b0402020"
         }
+    }
+
+    // Folders, menus and the sort's sheet and undo offer lie above the grid.
+    SortUndoBar {
+        overlay: root.overlay
+        x: root.width - width - 24
+        y: search.y - 2
+    }
+    FolderPanel {
+        id: folderPanel
+        anchors.fill: parent
+        overlay: root.overlay
+        cellWidth: root.cellWidth
+        cellHeight: root.cellHeight
+        maxRows: Math.max(1, Math.min(root.overlay.rows, Math.floor((root.height - 200) / root.cellHeight)))
+    }
+    ContextMenu {
+        anchors.fill: parent
+        overlay: root.overlay
+        anchor: !root.overlay.menuAtFocus ? Qt.point(root.overlay.menuX, root.overlay.menuY)
+                : (root.overlay.openFolderID !== "" ? folderPanel.tileCenter(root.overlay.focusedIndex)
+                                                    : root.tileCenter(root.overlay.focusedIndex))
+    }
+    SortSheet {
+        anchors.fill: parent
+        controller: root.controller
     }
 }

@@ -13,6 +13,8 @@ Item {
     property bool highlighted: false
 
     signal activated()
+    // A right click, at that point of the tile.
+    signal menuRequested(real x, real y)
 
     readonly property real labelSpacing: 13
     readonly property real labelHeight: 18
@@ -102,6 +104,8 @@ Item {
         width: hover.width
         height: hover.height
         hoverEnabled: true
-        onClicked: tile.activated()
+        acceptedButtons: Qt.LeftButton | Qt.RightButton
+        onClicked: (click) => click.button === Qt.RightButton
+                   ? tile.menuRequested(mouse.x + click.x, mouse.y + click.y) : tile.activated()
     }
 }

@@ -125,4 +125,17 @@ void AppDelegate::showOverlay(const QString& label) {
   if (overlay_) overlay_->show(nullptr, label);
 }
 
+void AppDelegate::showFolder(const QString& name) {
+  if (!overlay_) return;
+  const std::string wanted = name.toStdString();
+  for (const LayoutItem& item : arrangement_->layout().items) {
+    const Folder* folder = item.asFolder();
+    if (folder == nullptr || folder->name != wanted) continue;
+    overlayModel_->openFolder(QString::fromStdString(folder->id.text()));
+    overlay_->show(nullptr, QStringLiteral("--show-folder"));
+    return;
+  }
+  qCWarning(shellLog, "--show-folder: Ordner %s nicht gefunden", qPrintable(name));
+}
+
 }  // namespace orrery::app

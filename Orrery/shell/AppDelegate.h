@@ -55,6 +55,9 @@ class AppDelegate final : public QObject {
   void launch();
   // Shows the overlay; `label` names the occasion in the show-time log.
   void showOverlay(const QString& label);
+  // Shows the overlay with the first folder of that name open; when there
+  // is none, says so in the log and shows nothing.
+  void showFolder(const QString& name);
   // The scripted run of "--perf-test", once the first scan is in; quits
   // the program when it is over.
   void runPerfTest();
