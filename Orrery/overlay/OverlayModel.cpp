@@ -134,6 +134,7 @@ void OverlayModel::setIconSource(const std::function<QString(const AppInfo&)>& i
   iconSource_ = iconSource;
   forEachItemModel([&](ArrangementListModel& model) { model.setIconSource(iconSource); });
   searchResults_.setIconSource(iconSource);
+  folderApps_.setIconSource(iconSource);
 }
 
 void OverlayModel::goTo(int page) {

@@ -43,7 +43,7 @@ Item {
         height: panel.titleHeight + rowsShown * panel.cellHeight + 2 * panel.padding
         anchors.centerIn: parent
         radius: 28
-        color: "#e0323a46"
+        color: "#2f3744"
         border.color: "#30ffffff"
 
         // Clicks on the panel itself stay here.

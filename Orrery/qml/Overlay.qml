@@ -255,7 +255,8 @@ Item {
         anchors.fill: parent
         overlay: root.overlay
         cellWidth: root.cellWidth
-        cellHeight: root.cellHeight
+        // Tall enough for a whole label: the panel clips its rows.
+        cellHeight: Math.max(root.cellHeight, root.overlay.iconSize + 13 + 18 + 12)
         maxRows: Math.max(1, Math.min(root.overlay.rows, Math.floor((root.height - 200) / root.cellHeight)))
     }
     ContextMenu {
