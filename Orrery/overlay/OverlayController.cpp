@@ -118,9 +118,12 @@ void OverlayController::show(QScreen* screen, const QString& label) {
 void OverlayController::hide() {
   if (!visible_) return;
   visible_ = false;
-  // What was asked of the user no longer stands once the overlay goes.
+  // What was asked of the user no longer stands once the overlay goes; an
+  // open folder closes too (keeping a name being edited), so the next show
+  // starts at the grid.
   finishSortSheet(false);
   model_.closeMenu();
+  model_.closeFolder();
   const std::uint64_t generation = ++generation_;
   setRevealed(false);
   reevaluateFocus();

@@ -20,6 +20,19 @@ void PerfRun::start() {
   for (int page = 1; page < model_.pageCount(); ++page)
     script_.push_back({QStringLiteral("page %1").arg(page), [this, page] { model_.goTo(page); }});
   if (model_.pageCount() > 1) script_.push_back({QStringLiteral("page 0"), [this] { model_.goTo(0); }});
+  // The first frame of a folder's panel, for the largest folder there is.
+  const Folder* largest = nullptr;
+  for (const LayoutItem& item : model_.state().layout().items)
+    if (const Folder* folder = item.asFolder(); folder != nullptr && (largest == nullptr || folder->appIDs.size() > largest->appIDs.size()))
+      largest = folder;
+  if (largest != nullptr) {
+    const QString id = QString::fromStdString(largest->id.text());
+    const QString name = QStringLiteral("open folder of %1").arg(largest->appIDs.size());
+    for (int cycle = 0; cycle < showCycles_; ++cycle) {
+      script_.push_back({name, [this, id] { model_.openFolder(id); }});
+      script_.push_back({QStringLiteral("close folder"), [this] { model_.closeFolder(); }});
+    }
+  }
   for (qsizetype length = 1; length <= query_.size(); ++length) {
     const QString text = query_.left(length);
     script_.push_back({QStringLiteral("type \"%1\"").arg(text), [this, text] { model_.setQuery(text); }});

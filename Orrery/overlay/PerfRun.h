@@ -1,5 +1,6 @@
 // PerfRun: the scripted run behind "--perf-test". It shows the overlay,
 // turns every page, types a query letter by letter and deletes it again,
+// opens and closes its largest folder a few times (when it has one),
 // then hides and shows the overlay a few times, and measures for each step
 // how long it took from the request to the next frame on screen. The figures go to the log, one line a step
 // and a summary, and the program quits when the run is over.

@@ -10,8 +10,11 @@
 #include <string>
 #include <vector>
 
+#include <QTest>
+
 #include "Orrery/overlay/OverlayController.h"
 #include "Orrery/overlay/OverlayModel.h"
+#include "Orrery/overlay/PerfRun.h"
 #include "Orrery/tests/ManualClock.h"
 #include "OrreryCore/storage/MemoryFileSystem.h"
 #include "OrreryCore/testing/LayoutBuilders.h"
@@ -353,6 +356,37 @@ TEST_F(OverlayFoldersControllerTest, EverythingWorksWithoutAMouse) {
   EXPECT_TRUE(controller->isVisible());
   EXPECT_TRUE(press(Qt::Key_Return));
   EXPECT_EQ(launched, std::vector<std::string>{"terminal"});
+}
+
+TEST_F(OverlayFoldersControllerTest, HidingTheOverlayClosesTheFolderAndKeepsItsTitle) {
+  model->openFolder(officeID());
+  model->setFolderNameDraft("Papers");
+  controller->hide();
+  EXPECT_EQ(model->openFolderID(), "");
+  EXPECT_EQ(layout().items[1].asFolder()->name, "Papers");
+}
+
+// The performance run times the first frame of the largest folder's panel.
+TEST_F(OverlayFoldersControllerTest, ThePerformanceRunOpensTheLargestFolder) {
+  controller->hide();
+  clock.advance(OverlayController::fadeDuration);
+  std::vector<std::string> opened;
+  QObject::connect(model.get(), &OverlayModel::openFolderIDChanged, [&] {
+    if (!model->openFolderID().isEmpty()) opened.push_back(model->openFolderID().toStdString());
+  });
+  PerfRun run(*controller, *model, QStringLiteral("w"), 2);
+  QSignalSpy finished(&run, &PerfRun::finished);
+  run.start();
+  for (int round = 0; round < 1000 && finished.isEmpty(); ++round) {
+    QTest::qWait(10);
+    clock.advance(OverlayController::fadeDuration);
+  }
+  ASSERT_EQ(finished.size(), 1) << "the run did not end";
+  std::size_t measured = 0;
+  for (const PerfRun::Step& step : run.steps()) measured += step.name == "open folder of 2" ? 1u : 0u;
+  EXPECT_EQ(measured, 2u);
+  EXPECT_EQ(opened, std::vector<std::string>(2, officeID().toStdString()));
+  EXPECT_EQ(model->openFolderID(), "");
 }
 
 }  // namespace
