@@ -2,9 +2,11 @@
 """Measurements behind scripts/bench-ui, one sub-command each; every one
 prints a JSON object on stdout and never leaves a process behind.
 
-    bench_ui.py tree ROOT COUNT
+    bench_ui.py tree ROOT COUNT [FOLDER]
         Makes the folders of a user with COUNT desktop entries of distinct
-        names, their icons cycling over the full-colour icons of Adwaita.
+        names, their icons cycling over the full-colour icons of Adwaita;
+        with FOLDER, an arrangement whose first item is a folder of the
+        first FOLDER apps (the first scan appends the others).
     bench_ui.py mapped CLASS LOG [UNTIL] -- COMMAND...
         Starts COMMAND (its output into LOG) and reports the milliseconds
         from just before the start to the moment a window whose WM_CLASS
@@ -21,6 +23,9 @@ prints a JSON object on stdout and never leaves a process behind.
     bench_ui.py report RESULTS.jsonl OUTPUT.md
         Writes the section of OUTPUT.md between the bench-ui markers from
         the collected results, leaving the rest of OUTPUT.md as it is.
+    bench_ui.py folder-report OUTPUT.md APPS FOLDER PROGRAM LOG...
+        Writes the section of OUTPUT.md between the bench-ui-folder markers
+        from the "open folder" steps of the --perf-test logs.
 
 Standard library only: the X server is reached through libX11 with ctypes,
 so the watch reacts to the server's own events instead of polling it.
@@ -37,6 +42,7 @@ import statistics
 import subprocess
 import sys
 import time
+import uuid
 
 CREATE_NOTIFY, MAP_NOTIFY = 16, 19
 STRUCTURE_NOTIFY_MASK, SUBSTRUCTURE_NOTIFY_MASK = 1 << 17, 1 << 19
@@ -304,6 +310,14 @@ def tree(args):
             name += f" {i // combinations + 1}"
         with open(os.path.join(root, "data/applications", f"bench-{i:05d}.desktop"), "w", encoding="utf-8") as f:
             f.write(f"[Desktop Entry]\nType=Application\nName={name}\nExec=true\nIcon={icons[i % len(icons)]}\n")
+    if len(args) > 2:
+        size = min(int(args[2]), count)
+        os.makedirs(os.path.join(root, "data/Orrery"), exist_ok=True)
+        layout = {"version": 1, "hidden": [], "items": [{"folder": {"_0": {
+            "id": str(uuid.uuid4()).upper(), "name": "Benchmark",
+            "appIDs": [f"bench-{i:05d}.desktop" for i in range(size)]}}}]}
+        with open(os.path.join(root, "data/Orrery/layout.json"), "w", encoding="utf-8") as f:
+            json.dump(layout, f, indent=2, sort_keys=True)
     return {"apps": count, "icons": len(icons)}
 
 
@@ -496,8 +510,61 @@ def report(args):
     return {"wrote": output}
 
 
+FOLDER_BEGIN, FOLDER_END = "<!-- bench-ui-folder: written by scripts/bench-ui folder -->", "<!-- /bench-ui-folder -->"
+
+
+def replace_section(output, begin, end, section):
+    try:
+        with open(output, encoding="utf-8") as handle:
+            text = handle.read()
+    except FileNotFoundError:
+        text = "# Benchmarks\n"
+    if begin in text and end in text:
+        before, rest = text.split(begin, 1)
+        after = rest.split(end, 1)[1].lstrip("\n")
+        text = before + section + (("\n" + after) if after else "")
+    else:
+        text = text.rstrip("\n") + "\n\n" + section
+    with open(output, "w", encoding="utf-8") as handle:
+        handle.write(text)
+
+
+def folder_report(args):
+    output, apps, size, program, logs = args[0], int(args[1]), int(args[2]), args[3], args[4:]
+    opened, software = [], []
+    for path in logs:
+        times = [ms for name, ms in perf_steps(path) if name.startswith("open folder")]
+        (software if "software" in os.path.basename(path) else opened).extend(times)
+    renderers = sorted({renderer(path) for path in logs if "software" not in os.path.basename(path)} - {""})
+    load = open("/proc/loadavg", encoding="ascii").read().split()[:3]
+    cpu = next((line.split(":", 1)[1].strip() for line in open("/proc/cpuinfo", encoding="ascii", errors="replace")
+                if line.startswith("model name")), "unknown")
+    lines = [
+        FOLDER_BEGIN,
+        "## Opening a folder",
+        "",
+        f"Written by `scripts/bench-ui folder`: `{program} --perf-test` with {apps:,} apps,",
+        f"the first {size} of them in one folder, in `Xvfb` (1920×1080×24) with openbox; the run opens and",
+        "closes the folder five times and times each opening from the request to the next swapped frame",
+        "(the panel with its title and the first rows of tiles, icons from the preloaded cache).",
+        "",
+        f"- Date: {time.strftime('%Y-%m-%d %H:%M %Z')}; CPU: {cpu} ({os.cpu_count()} logical CPUs); "
+        f"load average after: {' '.join(load)}; Qt Quick: {', '.join(renderers) or 'unknown'}.",
+        f"- Open a folder of {size} apps → first frame of the panel: {median_worst(opened)}; with the software "
+        f"renderer: {median_worst(software)}.",
+    ]
+    if opened:
+        lines.append(f"- Goal: one frame ({FRAME_MS:.1f} ms at 60 Hz): {verdict(statistics.median(opened), FRAME_MS)} "
+                     f"for the median, {verdict(max(opened), FRAME_MS)} for the slowest.")
+    lines += ["- The first opening after the start also creates the panel's tiles for the first time; Xvfb",
+              "  has no GPU (llvmpipe) and the two cores are shared, as in the section above.", FOLDER_END]
+    replace_section(output, FOLDER_BEGIN, FOLDER_END, "\n".join(lines) + "\n")
+    return {"wrote": output, "open_ms": opened, "software_ms": software}
+
+
 def main(argv):
-    commands = {"tree": tree, "mapped": mapped, "memory": memory, "wakeups": wakeups, "report": report}
+    commands = {"tree": tree, "mapped": mapped, "memory": memory, "wakeups": wakeups, "report": report,
+                "folder-report": folder_report}
     if len(argv) < 2 or argv[1] not in commands:
         print(__doc__, file=sys.stderr)
         return 2
