@@ -531,10 +531,13 @@ def replace_section(output, begin, end, section):
 
 def folder_report(args):
     output, apps, size, program, logs = args[0], int(args[1]), int(args[2]), args[3], args[4:]
-    opened, software = [], []
+    opened, software, pages = [], [], []
     for path in logs:
-        times = [ms for name, ms in perf_steps(path) if name.startswith("open folder")]
+        steps = perf_steps(path)
+        times = [ms for name, ms in steps if name.startswith("open folder")]
         (software if "software" in os.path.basename(path) else opened).extend(times)
+        if "software" not in os.path.basename(path):
+            pages.extend(ms for name, ms in steps if name.startswith("page "))
     renderers = sorted({renderer(path) for path in logs if "software" not in os.path.basename(path)} - {""})
     load = open("/proc/loadavg", encoding="ascii").read().split()[:3]
     cpu = next((line.split(":", 1)[1].strip() for line in open("/proc/cpuinfo", encoding="ascii", errors="replace")
@@ -552,7 +555,10 @@ def folder_report(args):
         f"load average after: {' '.join(load)}; Qt Quick: {', '.join(renderers) or 'unknown'}.",
         f"- Open a folder of {size} apps → first frame of the panel: {median_worst(opened)}; with the software "
         f"renderer: {median_worst(software)}.",
+        f"- For comparison, page turns of the grid in the same runs: {median_worst(pages)}.",
     ]
+    if os.environ.get("ORRERY_BENCH_NOTE"):
+        lines.append(f"- Note: {os.environ['ORRERY_BENCH_NOTE']}")
     if opened:
         lines.append(f"- Goal: one frame ({FRAME_MS:.1f} ms at 60 Hz): {verdict(statistics.median(opened), FRAME_MS)} "
                      f"for the median, {verdict(max(opened), FRAME_MS)} for the slowest.")

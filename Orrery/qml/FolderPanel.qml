@@ -95,6 +95,8 @@ Item {
             clip: true
             interactive: contentHeight > height
             boundsBehavior: Flickable.StopAtBounds
+            // A folder opened again takes its tiles from those of the last one.
+            reuseItems: true
             model: panel.overlay.folderApps
             delegate: Tile {
                 required property int index
