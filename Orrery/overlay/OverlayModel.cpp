@@ -472,6 +472,14 @@ void OverlayModel::openFolderAppMenu(int index, double x, double y) {
            x, y, false);
 }
 
+void OverlayModel::openResultMenu(int index, double x, double y) {
+  const std::vector<AppInfo>& results = searchResults_.results();
+  if (!isSearching() || index < 0 || static_cast<std::size_t>(index) >= results.size()) return;
+  menuTarget_ = {results[static_cast<std::size_t>(index)].id, {}};
+  showMenu({{tr("Open"), MenuAction::open, true}, {tr("Hide"), MenuAction::hide, true}, trashEntry()}, x, y,
+           false);
+}
+
 void OverlayModel::openGridMenu(double x, double y) {
   if (!openFolderID_.isEmpty() || isSearching()) return;
   menuTarget_ = {};
@@ -479,7 +487,9 @@ void OverlayModel::openGridMenu(double x, double y) {
 }
 
 void OverlayModel::openMenuAtFocus() {
-  if (focusedIndex_ >= 0) {
+  if (isSearching()) {
+    openResultMenu(0, 0, 0);
+  } else if (focusedIndex_ >= 0) {
     if (!openFolderID_.isEmpty())
       openFolderAppMenu(focusedIndex_, 0, 0);
     else
@@ -488,7 +498,7 @@ void OverlayModel::openMenuAtFocus() {
     openGridMenu(0, 0);
   }
   if (menuOpen()) {
-    menuAtFocus_ = focusedIndex_ >= 0;
+    menuAtFocus_ = focusedIndex_ >= 0 || isSearching();
     emit menuChanged();
   }
 }

@@ -172,9 +172,11 @@ class OverlayModel final : public QObject {
   // tile has the focus.
   bool activateFocused();
 
-  // Context menus: on a grid item, on an app of the open folder, on the
-  // empty grid, or on the focused tile (the Menu key).
+  // Context menus: on a grid item, on an app of the open folder, on a
+  // search result, on the empty grid, or on the focused tile (the Menu key;
+  // while searching, the result Return would open).
   Q_INVOKABLE void openItemMenu(int index, double x, double y);
+  Q_INVOKABLE void openResultMenu(int index, double x, double y);
   Q_INVOKABLE void openFolderAppMenu(int index, double x, double y);
   Q_INVOKABLE void openGridMenu(double x, double y);
   void openMenuAtFocus();

@@ -204,6 +204,10 @@ Item {
                 icon: iconSource
                 highlighted: index === 0
                 onActivated: root.overlay.launch(appID)
+                onMenuRequested: (x, y) => {
+                    const at = mapToItem(root, x, y)
+                    root.overlay.openResultMenu(index, at.x, at.y)
+                }
             }
         }
 
@@ -263,8 +267,9 @@ Item {
         anchors.fill: parent
         overlay: root.overlay
         anchor: !root.overlay.menuAtFocus ? Qt.point(root.overlay.menuX, root.overlay.menuY)
-                : (root.overlay.openFolderID !== "" ? folderPanel.tileCenter(root.overlay.focusedIndex)
-                                                    : root.tileCenter(root.overlay.focusedIndex))
+                : root.overlay.isSearching ? Qt.point(grid.x + root.cellWidth / 2, grid.y + root.cellHeight / 2)
+                : root.overlay.openFolderID !== "" ? folderPanel.tileCenter(root.overlay.focusedIndex)
+                : root.tileCenter(root.overlay.focusedIndex)
     }
     SortSheet {
         anchors.fill: parent

@@ -192,12 +192,20 @@ TEST_F(OverlayFoldersTest, MenusOfferWhatFitsTheItemAndDoIt) {
   EXPECT_EQ(sortAsked.count(), 1);
   EXPECT_EQ(layout().items[0], app("terminal"));  // the controller asks first
 
-  // Typing closes a menu; no grid menu while searching.
+  // Typing closes a menu; no grid menu while searching, but results have
+  // theirs, and hiding one takes it out of the results.
   model->openItemMenu(0, 0, 0);
-  model->setQuery("f");
+  model->setQuery("fi");  // Files, Firefox
   EXPECT_FALSE(model->menuOpen());
   model->openGridMenu(0, 0);
   EXPECT_FALSE(model->menuOpen());
+  model->openMenuAtFocus();  // the result Return would open
+  ASSERT_EQ(menuTitles(), (std::vector<QString>{"Open", "Hide", "Move to Trash …"}));
+  const std::string best = model->searchResultsModel().results()[0].id;
+  model->chooseMenuEntry(entry(Action::hide));
+  EXPECT_TRUE(layout().hidden.contains(best));
+  ASSERT_EQ(model->resultCount(), 1);
+  EXPECT_NE(model->searchResultsModel().results()[0].id, best);
 }
 
 TEST_F(OverlayFoldersTest, SortingOffersUndoOnlyWhileNothingElseChangedTheArrangement) {
