@@ -108,7 +108,7 @@ Item {
                 iconSize: panel.overlay.iconSize
                 label: name
                 icon: iconSource
-                highlighted: index === panel.overlay.focusedIndex
+                focused: index === panel.overlay.focusedIndex
                 onActivated: panel.overlay.launch(appID)
                 onMenuRequested: (x, y) => {
                     const at = mapToItem(panel, x, y)

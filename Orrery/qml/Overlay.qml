@@ -121,7 +121,7 @@ Item {
                                     folderIcons: isFolder ? folderIconSources : []
                                     // The tile's place in the whole arrangement.
                                     readonly property int itemIndex: pageSlot.index * root.perPage + index
-                                    highlighted: itemIndex === root.overlay.focusedIndex
+                                    focused: itemIndex === root.overlay.focusedIndex
                                                  && root.overlay.openFolderID === ""
                                     onActivated: isFolder ? root.overlay.openFolder(folderID)
                                                           : root.overlay.launch(appID)
@@ -163,7 +163,7 @@ Item {
                             label: slotItem.name
                             icon: slotItem.iconSource
                             folderIcons: slotItem.isFolder ? slotItem.folderIconSources : []
-                            highlighted: slotItem.index === root.overlay.focusedIndex
+                            focused: slotItem.index === root.overlay.focusedIndex
                                          && root.overlay.openFolderID === ""
                             onActivated: slotItem.isFolder ? root.overlay.openFolder(slotItem.folderID)
                                                            : root.overlay.launch(slotItem.appID)

@@ -11,6 +11,8 @@ Item {
     property var folderIcons: []
     property bool active: true
     property bool highlighted: false
+    // The keyboard is on this tile.
+    property bool focused: false
 
     signal activated()
     // A right click, at that point of the tile.
@@ -29,8 +31,16 @@ Item {
         height: tile.hitHeight + 12
         radius: 14
         color: "white"
-        opacity: tile.highlighted ? 0.16 : (mouse.containsMouse ? 0.10 : 0)
+        opacity: tile.highlighted || tile.focused ? 0.16 : (mouse.containsMouse ? 0.10 : 0)
         Behavior on opacity { NumberAnimation { duration: 90 } }
+    }
+    Rectangle {
+        anchors.fill: hover
+        visible: tile.focused
+        radius: hover.radius
+        color: "transparent"
+        border.width: 2
+        border.color: "#d0ffffff"
     }
 
     Item {
