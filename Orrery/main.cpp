@@ -39,6 +39,10 @@ int main(int argc, char* argv[]) {
       QStringLiteral(
           "Show the overlay, page through it and search, log how long each frame took, and quit."));
   commandLine.addOption(perfTest);
+  const QCommandLineOption triggerTest(
+      QStringLiteral("trigger-test"),
+      QStringLiteral("Run the checks of the hot corner and the shortcut, log each result, and quit."));
+  commandLine.addOption(triggerTest);
   commandLine.process(application);
 
   const auto dataDirectory = orrery::app::AppDelegate::defaultDataDirectory();
@@ -62,10 +66,13 @@ int main(int argc, char* argv[]) {
   QTimer::singleShot(0, &delegate,
                      [&delegate, show = commandLine.isSet(showOverlay), perf = commandLine.isSet(perfTest),
                       folder = commandLine.isSet(showFolder) ? std::optional(commandLine.value(showFolder))
-                                                             : std::nullopt] {
+                                                             : std::nullopt,
+                      trigger = commandLine.isSet(triggerTest)] {
                        delegate.launch();
                        if (perf)
                          delegate.runPerfTest();
+                       else if (trigger)
+                         delegate.runTriggerTest();
                        else if (folder)
                          delegate.showFolder(*folder);
                        else if (show)

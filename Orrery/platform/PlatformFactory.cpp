@@ -4,6 +4,8 @@
 #include <QGuiApplication>
 #include <QSettings>
 
+#include <string_view>
+
 #include "Orrery/platform/posix/ProcessEnvironment.h"
 #include "Orrery/platform/qt/QtWindowSystem.h"
 
@@ -13,7 +15,12 @@
 #include "Orrery/platform/macos/WorkspaceOpener.h"
 #else
 #include "Orrery/platform/drm/GraphicsDevices.h"
+#include "Orrery/platform/gio/DesktopHotCorners.h"
 #include "Orrery/platform/gio/GioAppOpener.h"
+#include "Orrery/platform/x11/X11EventConnection.h"
+#include "Orrery/platform/x11/X11GlobalPointer.h"
+#include "Orrery/platform/x11/X11KeyGrabs.h"
+#include "Orrery/platform/x11/X11KeyboardLayout.h"
 #include "Orrery/platform/x11/X11WindowSystem.h"
 #include "Orrery/platform/xdg/DesktopEntryFormat.h"
 #include "Orrery/platform/xdg/XdgAutostart.h"
@@ -137,6 +144,64 @@ bool prefersSoftwareQuickRenderer() {
   if (variables("QT_QUICK_BACKEND") != nullptr || variables("QSG_RHI_BACKEND") != nullptr) return false;
   return !hasGraphicsDevice();
 #endif
+}
+
+#if !defined(__APPLE__)
+namespace {
+
+// The triggers' own connection to the server Qt uses, opened once.
+std::shared_ptr<X11EventConnection> triggerConnection() {
+  static std::weak_ptr<X11EventConnection> shared;
+  if (auto existing = shared.lock()) return existing;
+  if (QGuiApplication::platformName() != QLatin1String("xcb")) return nullptr;
+  auto opened = X11EventConnection::forApplication();
+  shared = opened;
+  return opened;
+}
+
+bool sessionIs(const VariableLookup& variables, std::string_view desktop) {
+  const char* current = variables("XDG_CURRENT_DESKTOP");
+  if (current == nullptr) return false;
+  const std::string_view list(current);
+  std::size_t start = 0;
+  while (start <= list.size()) {
+    const std::size_t end = std::min(list.find(':', start), list.size());
+    if (list.substr(start, end - start) == desktop) return true;
+    start = end + 1;
+  }
+  return false;
+}
+
+}  // namespace
+#endif
+
+app::TriggerController::Platform makeTriggerPlatform() {
+  app::TriggerController::Platform platform;
+#if !defined(__APPLE__)
+  if (auto connection = triggerConnection()) {
+    platform.pointer = X11GlobalPointer::make(connection);
+    platform.grabs = std::make_unique<X11KeyGrabs>(connection);
+  }
+  const VariableLookup variables = processVariables();
+  const XdgDirectories xdg = XdgDirectories::fromVariables(variables);
+  DesktopHotCorners desktop;
+  desktop.kwinrcFiles.push_back(xdg.configHome + "/kwinrc");
+  for (const std::string& folder : xdg.configDirs) desktop.kwinrcFiles.push_back(folder + "/kwinrc");
+  desktop.plasmaSession = sessionIs(variables, "KDE");
+  desktop.gnomeSession = sessionIs(variables, "GNOME");
+  platform.systemUsesCorner = [desktop](Corner corner) {
+    return SystemHotCorners::isUsedBySystem(corner, desktop.read());
+  };
+  platform.systemCornerWarning = QString::fromStdString(DesktopHotCorners::warning());
+#endif
+  return platform;
+}
+
+std::unique_ptr<app::KeyboardLayout> makeKeyboardLayout() {
+#if !defined(__APPLE__)
+  if (auto connection = triggerConnection()) return std::make_unique<X11KeyboardLayout>(connection);
+#endif
+  return nullptr;
 }
 
 }  // namespace orrery::platform

@@ -17,6 +17,8 @@
 #include "Orrery/overlay/AppOpener.h"
 #include "Orrery/overlay/WindowSystem.h"
 #include "Orrery/settings/LoginItem.h"
+#include "Orrery/triggers/KeyboardLayout.h"
+#include "Orrery/triggers/TriggerController.h"
 #include "OrreryCore/catalog/AppScanner.h"
 #include "OrreryCore/catalog/BundleFormat.h"
 
@@ -68,5 +70,15 @@ std::unique_ptr<app::WindowSystem> makeWindowSystem();
 // emulated on the processor, slower and heavier) and the user has not chosen
 // a Qt Quick backend themselves; never on macOS.
 bool prefersSoftwareQuickRenderer();
+
+// What the triggers can use here. On X11 (platform "xcb"): the pointer and
+// key grabs of a private connection to Qt's server, and the corners GNOME
+// or KDE act on. Elsewhere (Wayland) no program may follow the pointer or
+// grab keys: no pointer and no grabs, which the trigger status tells.
+app::TriggerController::Platform makeTriggerPlatform();
+
+// The keyboard layout for the shortcut recorder and key names; nothing
+// where the window system does not tell.
+std::unique_ptr<app::KeyboardLayout> makeKeyboardLayout();
 
 }  // namespace orrery::platform

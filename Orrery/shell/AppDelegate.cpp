@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QIcon>
+#include <QTimer>
 
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 #include "Orrery/base/Logging.h"
 #include "Orrery/platform/PlatformFactory.h"
 #include "Orrery/shell/StartupSync.h"
+#include "Orrery/triggers/TriggerChecks.h"
 #include "OrreryCore/text/Collation.h"
 #include "OrreryCore/text/Localized.h"
 
@@ -105,7 +107,40 @@ void AppDelegate::launch() {
   connect(settings_.get(), &SettingsStore::settingsChanged, overlayModel_.get(), syncOverlay);
   connect(overlayModel_.get(), &OverlayModel::gridChanged, icons_.get(), preloadIcons);
 
+  // The triggers come last: they toggle the overlay.
+  triggers_ = std::make_unique<TriggerController>(
+      clock_, platform::makeTriggerPlatform(),
+      [this](TriggerSource source) {
+        if (overlay_->isVisible())
+          overlay_->hide();
+        else
+          overlay_->show(nullptr, source == TriggerSource::hotKey ? QStringLiteral("hot key")
+                                                                  : QStringLiteral("hot corner"));
+      },
+      [this] { return TriggerSettings::from(settings_->settings()); });
+  connect(settings_.get(), &SettingsStore::settingsChanged, triggers_.get(),
+          [this] { applyTriggers(TriggerSettings::from(settings_->settings())); });
+  applyTriggers(TriggerSettings::from(settings_->settings()));
+
   qCInfo(shellLog, "Orrery gestartet; Daten in %s", dataDirectory_.c_str());
+}
+
+void AppDelegate::applyTriggers(const TriggerSettings& settings) {
+  if (triggers_) triggers_->applyTriggers(settings);
+}
+
+void AppDelegate::setHotKeySuspended(bool suspended, const std::optional<TriggerSettings>& restoring) {
+  if (triggers_) triggers_->setHotKeySuspended(suspended, restoring);
+}
+
+void AppDelegate::runTriggerTest() {
+  if (!overlay_) return;
+  TriggerChecks test([this] { overlay_->toggle(); }, [this] { return overlay_->isVisible(); });
+  bool passed = true;
+  for (const auto& result : test.run()) passed = passed && result.passed;
+  // After the overlay's fades have run their course.
+  QTimer::singleShot(OverlayController::fadeDuration * 2, QCoreApplication::instance(),
+                     [passed] { QCoreApplication::exit(passed ? 0 : 1); });
 }
 
 void AppDelegate::runPerfTest() {

@@ -37,6 +37,7 @@
 #include "Orrery/settings/LoginItem.h"
 #include "Orrery/settings/QSettingsKeyValueStore.h"
 #include "Orrery/settings/SettingsStore.h"
+#include "Orrery/triggers/TriggerController.h"
 #include "OrreryCore/sync/SyncStateStore.h"
 
 namespace orrery::app {
@@ -61,6 +62,17 @@ class AppDelegate final : public QObject {
   // The scripted run of "--perf-test", once the first scan is in; quits
   // the program when it is over.
   void runPerfTest();
+  // The checks of "--trigger-test"; quits the program when they are done,
+  // with status 1 when one failed.
+  void runTriggerTest();
+
+  // Applies the trigger settings where they differ from those last applied.
+  void applyTriggers(const TriggerSettings& settings);
+  // The shortcut recorder's switch: while suspended the shortcut is not
+  // held; ending restores `restoring`, or the stored trigger settings.
+  void setHotKeySuspended(bool suspended, const std::optional<TriggerSettings>& restoring = std::nullopt);
+  // Null before launch().
+  TriggerController* triggers() { return triggers_.get(); }
 
   ArrangementController& arrangement() { return *arrangement_; }
   AppCatalog& catalog() { return *catalog_; }
@@ -92,6 +104,7 @@ class AppDelegate final : public QObject {
   std::unique_ptr<WindowSystem> windows_;  // before overlay_, which uses it
   std::unique_ptr<OverlayController> overlay_;
   std::unique_ptr<PerfRun> perfRun_;
+  std::unique_ptr<TriggerController> triggers_;  // after overlay_, which it toggles
   bool perfStarted_ = false;
   bool launched_ = false;
 };
