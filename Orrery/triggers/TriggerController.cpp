@@ -1,5 +1,7 @@
 #include "Orrery/triggers/TriggerController.h"
 
+#include "Orrery/base/Logging.h"
+
 namespace orrery::app {
 
 TriggerController::TriggerController(Clock& clock, Platform platform, std::function<void(TriggerSource)> onTrigger,
@@ -46,6 +48,7 @@ bool TriggerController::applyHotKey(const std::optional<HotKey>& key) {
   status_.setHotKeyError(hotKey_->lastOutcome() == KeyGrabService::Outcome::taken
                              ? TriggerStatus::alreadyUsedText()
                              : TriggerStatus::notRegisteredText());
+  qCWarning(triggerLog, "Einstellungen melden: %s", qPrintable(status_.hotKeyError()));
   return false;
 }
 
