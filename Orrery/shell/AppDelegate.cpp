@@ -121,6 +121,12 @@ void AppDelegate::launch() {
   connect(settings_.get(), &SettingsStore::settingsChanged, triggers_.get(),
           [this] { applyTriggers(TriggerSettings::from(settings_->settings())); });
   applyTriggers(TriggerSettings::from(settings_->settings()));
+  keyboardLayout_ = platform::makeKeyboardLayout();
+  shortcutRecorder_ = std::make_unique<ShortcutRecorder>(
+      *settings_, triggers_->status(), keyboardLayout_.get(),
+      [this](bool suspended, const std::optional<TriggerSettings>& restoring) {
+        setHotKeySuspended(suspended, restoring);
+      });
 
   qCInfo(shellLog, "Orrery gestartet; Daten in %s", dataDirectory_.c_str());
 }

@@ -37,6 +37,8 @@
 #include "Orrery/settings/LoginItem.h"
 #include "Orrery/settings/QSettingsKeyValueStore.h"
 #include "Orrery/settings/SettingsStore.h"
+#include "Orrery/triggers/KeyboardLayout.h"
+#include "Orrery/triggers/ShortcutRecorder.h"
 #include "Orrery/triggers/TriggerController.h"
 #include "OrreryCore/sync/SyncStateStore.h"
 
@@ -73,6 +75,8 @@ class AppDelegate final : public QObject {
   void setHotKeySuspended(bool suspended, const std::optional<TriggerSettings>& restoring = std::nullopt);
   // Null before launch().
   TriggerController* triggers() { return triggers_.get(); }
+  // The model of the settings' shortcut field; null before launch().
+  ShortcutRecorder* shortcutRecorder() { return shortcutRecorder_.get(); }
 
   ArrangementController& arrangement() { return *arrangement_; }
   AppCatalog& catalog() { return *catalog_; }
@@ -105,6 +109,8 @@ class AppDelegate final : public QObject {
   std::unique_ptr<OverlayController> overlay_;
   std::unique_ptr<PerfRun> perfRun_;
   std::unique_ptr<TriggerController> triggers_;  // after overlay_, which it toggles
+  std::unique_ptr<KeyboardLayout> keyboardLayout_;
+  std::unique_ptr<ShortcutRecorder> shortcutRecorder_;  // after triggers_ and the layout
   bool perfStarted_ = false;
   bool launched_ = false;
 };
