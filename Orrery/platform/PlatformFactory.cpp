@@ -17,6 +17,7 @@
 #include "Orrery/platform/drm/GraphicsDevices.h"
 #include "Orrery/platform/gio/DesktopHotCorners.h"
 #include "Orrery/platform/gio/GioAppOpener.h"
+#include "Orrery/platform/wayland/PortalGlobalShortcuts.h"
 #include "Orrery/platform/x11/X11EventConnection.h"
 #include "Orrery/platform/x11/X11GlobalPointer.h"
 #include "Orrery/platform/x11/X11KeyGrabs.h"
@@ -181,6 +182,9 @@ app::TriggerController::Platform makeTriggerPlatform() {
   if (auto connection = triggerConnection()) {
     platform.pointer = X11GlobalPointer::make(connection);
     platform.grabs = std::make_unique<X11KeyGrabs>(connection);
+  } else if (QGuiApplication::platformName() == QLatin1String("wayland") && PortalGlobalShortcuts::available()) {
+    platform.grabs = std::make_unique<PortalGlobalShortcuts>();
+    platform.escapeFallback = false;
   }
   const VariableLookup variables = processVariables();
   const XdgDirectories xdg = XdgDirectories::fromVariables(variables);

@@ -73,8 +73,10 @@ bool prefersSoftwareQuickRenderer();
 
 // What the triggers can use here. On X11 (platform "xcb"): the pointer and
 // key grabs of a private connection to Qt's server, and the corners GNOME
-// or KDE act on. Elsewhere (Wayland) no program may follow the pointer or
-// grab keys: no pointer and no grabs, which the trigger status tells.
+// or KDE act on. On Wayland no program may follow the pointer or grab
+// keys: no pointer, and the shortcut through the desktop portal's
+// GlobalShortcuts where the session offers it, else none (the trigger
+// status then says how to bind `orrery --toggle`).
 app::TriggerController::Platform makeTriggerPlatform();
 
 // The keyboard layout for the shortcut recorder and key names; nothing

@@ -9,6 +9,16 @@ GlobalHotKey::Router::Router(KeyGrabService& service) : service_(service) {
     const auto found = holders_.find(id);
     if (found != holders_.end() && found->second->onTrigger_) found->second->onTrigger_();
   });
+  service_.setOnRefused([this](KeyGrabService::GrabId id) {
+    const auto found = holders_.find(id);
+    if (found == holders_.end()) return;
+    GlobalHotKey* holder = found->second;
+    holders_.erase(found);
+    holder->grab_.reset();
+    holder->currentKey_.reset();
+    holder->lastOutcome_ = KeyGrabService::Outcome::failed;
+    if (holder->onRefused_) holder->onRefused_();
+  });
 }
 
 GlobalHotKey::GlobalHotKey(Router& router, std::function<void()> onTrigger, const char* name)

@@ -45,6 +45,9 @@ class GlobalHotKey {
 
   // `name` appears in the log lines ("Tastenkürzel", "Esc-Ersatz").
   GlobalHotKey(Router& router, std::function<void()> onTrigger, const char* name = "Tastenkürzel");
+  // Called when the desktop takes back a registration it first granted
+  // (a portal that asked the user); the shortcut is then none.
+  void setOnRefused(std::function<void()> onRefused) { onRefused_ = std::move(onRefused); }
   ~GlobalHotKey();
   GlobalHotKey(const GlobalHotKey&) = delete;
   GlobalHotKey& operator=(const GlobalHotKey&) = delete;
@@ -60,6 +63,7 @@ class GlobalHotKey {
 
   Router& router_;
   std::function<void()> onTrigger_;
+  std::function<void()> onRefused_;
   const char* name_;
   std::optional<KeyGrabService::GrabId> grab_;
   std::optional<HotKey> currentKey_;

@@ -42,6 +42,9 @@ class KeyGrabService {
   virtual void release(GrabId id) = 0;
 
   void setOnPressed(std::function<void(GrabId)> onPressed) { onPressed_ = std::move(onPressed); }
+  // Where the desktop decides later (a portal), a grab that grab() reported
+  // as held may be refused afterwards; it is then no longer held.
+  void setOnRefused(std::function<void(GrabId)> onRefused) { onRefused_ = std::move(onRefused); }
 
  protected:
   KeyGrabService() = default;
@@ -51,9 +54,13 @@ class KeyGrabService {
   void pressed(GrabId id) const {
     if (onPressed_) onPressed_(id);
   }
+  void refused(GrabId id) const {
+    if (onRefused_) onRefused_(id);
+  }
 
  private:
   std::function<void(GrabId)> onPressed_;
+  std::function<void(GrabId)> onRefused_;
 };
 
 }  // namespace orrery::app

@@ -12,10 +12,14 @@ TriggerController::TriggerController(Clock& clock, Platform platform, std::funct
   if (platform_.grabs) {
     router_ = std::make_unique<GlobalHotKey::Router>(*platform_.grabs);
     hotKey_ = std::make_unique<GlobalHotKey>(*router_, [onTrigger] { onTrigger(TriggerSource::hotKey); });
+    hotKey_->setOnRefused([this] {
+      status_.setHotKeyError(TriggerStatus::notRegisteredText());
+      qCWarning(triggerLog, "Einstellungen melden: %s", qPrintable(status_.hotKeyError()));
+    });
   } else {
     status_.setShortcutNote(TriggerStatus::bindToggleText());
   }
-  escape_ = std::make_unique<EscapeFallback>(router_.get());
+  escape_ = std::make_unique<EscapeFallback>(platform_.escapeFallback ? router_.get() : nullptr);
 }
 
 // The users of the router go before it, and it before the service.

@@ -50,6 +50,9 @@ class TriggerController final : public QObject {
   struct Platform {
     std::unique_ptr<GlobalPointer> pointer;  // none: no hot corner here
     std::unique_ptr<KeyGrabService> grabs;   // none: no shortcut of our own here
+    // Whether the grabs can hold Esc for a moment (not through a portal,
+    // which would ask the user each time).
+    bool escapeFallback = true;
     // Whether the desktop itself acts on a corner; empty: it never tells.
     std::function<bool(Corner)> systemUsesCorner;
     QString systemCornerWarning;  // what to say when it does
