@@ -6,6 +6,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
 #include <QDBusReply>
 #include <QLoggingCategory>
 
@@ -67,8 +68,6 @@ bool PortalGlobalShortcuts::available() {
 PortalGlobalShortcuts::PortalGlobalShortcuts(QObject* parent) : QObject(parent) {
   qDBusRegisterMetaType<PortalShortcut>();
   qDBusRegisterMetaType<QList<PortalShortcut>>();
-  bus().connect(kService, kPath, kInterface, QStringLiteral("Activated"), this,
-                SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
 }
 
 PortalGlobalShortcuts::~PortalGlobalShortcuts() {
@@ -114,6 +113,11 @@ app::KeyGrabService::Result PortalGlobalShortcuts::grab(const HotKey& key) {
     qCWarning(portalLog, "Portal-Sitzung nicht erstellt: %s", qPrintable(reply.errorMessage()));
     return {Outcome::failed, 0, 0};
   }
+  // Connected here rather than in the constructor: QtDBus refused the
+  // match made from there (connect() returned false) and never delivered.
+  if (!listening_)
+    listening_ = bus().connect(kService, kPath, kInterface, QStringLiteral("Activated"), this,
+                               SLOT(activated(QDBusObjectPath, QString)));
   bindings_[id] = binding;
   return {Outcome::grabbed, id, 0};
 }
@@ -149,7 +153,17 @@ void PortalGlobalShortcuts::bind(GrabId id) {
   QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("BindShortcuts"));
   call << QVariant::fromValue(QDBusObjectPath(binding.sessionPath)) << QVariant::fromValue(shortcuts)
        << QString() << QVariantMap{{QStringLiteral("handle_token"), token}};
-  bus().asyncCall(call);
+  // A portal that cannot even take the request refuses it.
+  auto* watcher = new QDBusPendingCallWatcher(bus().asyncCall(call), this);
+  connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, id](QDBusPendingCallWatcher* finished) {
+    finished->deleteLater();
+    if (!finished->isError() || !bindings_.contains(id)) return;
+    qCWarning(portalLog, "Tastenkürzel nicht beim Portal angemeldet: %s", qPrintable(finished->error().message()));
+    bus().disconnect(kService, bindings_.at(id).requestPath, kRequest, QStringLiteral("Response"), this,
+                     SLOT(shortcutsBound(uint, QVariantMap)));
+    release(id);
+    refused(id);
+  });
 }
 
 void PortalGlobalShortcuts::shortcutsBound(uint response, const QVariantMap&) {
@@ -167,8 +181,7 @@ void PortalGlobalShortcuts::shortcutsBound(uint response, const QVariantMap&) {
   }
 }
 
-void PortalGlobalShortcuts::activated(const QDBusObjectPath& session, const QString& shortcut, qulonglong,
-                                      const QVariantMap&) {
+void PortalGlobalShortcuts::activated(const QDBusObjectPath& session, const QString& shortcut) {
   if (shortcut != kShortcutId) return;
   for (const auto& [id, binding] : bindings_)
     if (binding.sessionPath == session.path()) pressed(id);

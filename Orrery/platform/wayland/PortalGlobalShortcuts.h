@@ -48,8 +48,9 @@ class PortalGlobalShortcuts final : public QObject, protected QDBusContext, publ
  private slots:
   void sessionCreated(uint response, const QVariantMap& results);
   void shortcutsBound(uint response, const QVariantMap& results);
-  void activated(const QDBusObjectPath& session, const QString& shortcut, qulonglong timestamp,
-                 const QVariantMap& options);
+  // Activated(o session, s shortcut, t timestamp, a{sv} options): the
+  // first two are all that matter here.
+  void activated(const QDBusObjectPath& session, const QString& shortcut);
 
  private:
   struct Binding {
@@ -62,6 +63,7 @@ class PortalGlobalShortcuts final : public QObject, protected QDBusContext, publ
 
   std::map<GrabId, Binding> bindings_;
   GrabId nextId_ = 1;
+  bool listening_ = false;
 };
 
 }  // namespace orrery::platform
