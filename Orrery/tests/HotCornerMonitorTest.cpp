@@ -130,8 +130,16 @@ TEST_F(HotCornerMonitorTest, CornersWhereDisplaysMeetNeverFire) {
     Point outer;   // a real corner
   };
   const std::vector<Case> cases{
-      {"side by side", Corner::topRight, {Rect{{0, 0}, {1440, 900}}, Rect{{1440, 0}, {1920, 1080}}}, {1440, 900}, {3360, 1080}},
-      {"stacked", Corner::topLeft, {Rect{{0, 0}, {1440, 900}}, Rect{{0, 900}, {1440, 900}}}, {0, 900}, {0, 1800}},
+      {"side by side",
+       Corner::topRight,
+       {Rect{{0, 0}, {1440, 900}}, Rect{{1440, 0}, {1920, 1080}}},
+       {1440, 900},
+       {3360, 1080}},
+      {"stacked",
+       Corner::topLeft,
+       {Rect{{0, 0}, {1440, 900}}, Rect{{0, 900}, {1440, 900}}},
+       {0, 900},
+       {0, 1800}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.arrangement);

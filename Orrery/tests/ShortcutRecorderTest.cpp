@@ -52,7 +52,8 @@ class ShortcutRecorderTest : public ::testing::Test {
   TriggerStatus status;
   PretendLayout layout;
   std::vector<Suspension> calls;
-  ShortcutRecorder recorder{store, status, &layout, [this](bool suspended, const std::optional<TriggerSettings>& r) {
+  ShortcutRecorder recorder{store, status, &layout,
+                            [this](bool suspended, const std::optional<TriggerSettings>& r) {
                               calls.push_back({suspended, r});
                             }};
 };

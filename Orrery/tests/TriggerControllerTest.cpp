@@ -97,7 +97,8 @@ TEST_F(TriggerControllerTest, AFailedShortcutKeepsTheOldOneWorkingAndSaysWhy) {
 
   ledger.refused.emplace_back(kCommandO, KeyGrabService::Outcome::taken);
   EXPECT_FALSE(triggers->applyHotKey(kCommandO));
-  EXPECT_EQ(triggers->status().hotKeyError(), QStringLiteral("This shortcut is already used by another app."));
+  EXPECT_EQ(triggers->status().hotKeyError(),
+            QStringLiteral("This shortcut is already used by another app."));
   EXPECT_EQ(triggers->hotKey()->currentKey(), kOptionSpace);
   grabs->press(kOptionSpace);
   EXPECT_EQ(triggered, std::vector{TriggerSource::hotKey}) << "the old shortcut still works";

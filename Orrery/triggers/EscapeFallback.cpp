@@ -6,7 +6,8 @@ namespace orrery::app {
 
 EscapeFallback::EscapeFallback(GlobalHotKey::Router* router, QObject* parent) : QObject(parent) {
   if (router != nullptr)
-    key_ = std::make_unique<GlobalHotKey>(*router, [this] { emit escapePressed(); }, "Esc-Ersatz");
+    key_ = std::make_unique<GlobalHotKey>(
+        *router, [this] { emit escapePressed(); }, "Esc-Ersatz");
 }
 
 EscapeFallback::~EscapeFallback() = default;

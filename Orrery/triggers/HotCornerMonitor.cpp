@@ -38,8 +38,7 @@ void HotCornerMonitor::apply(Corner corner, CornerModifier modifier) {
 void HotCornerMonitor::pointerMoved() {
   const Point point = pointSource_();
   const std::vector<Rect> screens = screensSource_();
-  const bool near =
-      detector_.isNear(point, screens, detector_.tolerance + HotCornerDetector::nearMargin);
+  const bool near = detector_.isNear(point, screens, detector_.tolerance + HotCornerDetector::nearMargin);
   if (!near) blockedUntilLeave_ = false;
 
   if (near && buttonsSource_() != 0) {
@@ -47,8 +46,7 @@ void HotCornerMonitor::pointerMoved() {
     detector_ = freshDetector();
   } else if (!blockedUntilLeave_) {
     const bool modifierHeld = isModifierHeld(detector_.modifier, modifierSource_());
-    const double now =
-        std::chrono::duration<double>(clock_.monotonicNow().time_since_epoch()).count();
+    const double now = std::chrono::duration<double>(clock_.monotonicNow().time_since_epoch()).count();
     if (detector_.update(point, screens, modifierHeld, now) && onTrigger_) onTrigger_();
   }
 

@@ -31,7 +31,7 @@ class KeyGrabService {
   };
   struct Result {
     Outcome outcome = Outcome::failed;
-    GrabId id = 0;       // valid when grabbed
+    GrabId id = 0;            // valid when grabbed
     std::int32_t status = 0;  // the window system's error code when not grabbed
   };
 

@@ -60,14 +60,16 @@ void ShortcutRecorder::clearShortcut() {
 bool ShortcutRecorder::keyPressed(int qtKey, int nativeScanCode, int qtModifiers) {
   if (!recording_) return false;
   std::optional<std::uint32_t> keyCode;
-  if (layout_ != nullptr && nativeScanCode > 0) keyCode = layout_->keyCode(static_cast<std::uint32_t>(nativeScanCode));
+  if (layout_ != nullptr && nativeScanCode > 0)
+    keyCode = layout_->keyCode(static_cast<std::uint32_t>(nativeScanCode));
   // Esc cancels even where the layout cannot be asked.
   if (!keyCode && qtKey == Qt::Key_Escape) keyCode = KeyCombo::escapeKeyCode;
   // Modifier keys alone and keys no shortcut can name: keep waiting.
   if (!keyCode || *keyCode > 0xFFFF) return true;
 
-  const auto input = KeyCombo::interpret(static_cast<std::uint16_t>(*keyCode),
-                                         eventFlags(Qt::KeyboardModifiers::fromInt(static_cast<unsigned>(qtModifiers))));
+  const auto input =
+      KeyCombo::interpret(static_cast<std::uint16_t>(*keyCode),
+                          eventFlags(Qt::KeyboardModifiers::fromInt(static_cast<unsigned>(qtModifiers))));
   if (input.isCancel()) {
     finish(std::nullopt);
   } else if (const auto key = input.acceptedKey()) {

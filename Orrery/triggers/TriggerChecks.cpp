@@ -18,7 +18,9 @@ using namespace std::chrono_literals;
 // Time that moves only when the test says; due actions run on the way.
 class SteppedClock final : public Clock {
  public:
-  Date now() const override { return Date{} + std::chrono::duration_cast<Date::duration>(monotonic_.time_since_epoch()); }
+  Date now() const override {
+    return Date{} + std::chrono::duration_cast<Date::duration>(monotonic_.time_since_epoch());
+  }
   MonotonicTime monotonicNow() const override { return monotonic_; }
   ScheduledAction runAfter(std::chrono::milliseconds delay, std::function<void()> action) override {
     const Key key{monotonic_ + std::max(delay, 0ms), next_++};
@@ -121,7 +123,8 @@ std::vector<TriggerChecks::Result> TriggerChecks::run() {
     const std::vector<Rect> sideBySide{Rect{{0, 0}, {1440, 900}}, Rect{{1440, 0}, {1440, 900}}};
     HotCornerDetector shared(Corner::topRight, 2.0, 0.15);
     shared.update({1440, 900}, sideBySide, false, 1.0);
-    check("shared corner of side-by-side displays never fires", !shared.update({1440, 900}, sideBySide, false, 2.0));
+    check("shared corner of side-by-side displays never fires",
+          !shared.update({1440, 900}, sideBySide, false, 2.0));
   }
 
   // The monitor, fed by scripted sources.
@@ -175,7 +178,8 @@ std::vector<TriggerChecks::Result> TriggerChecks::run() {
     check("modifier released mid-rest does not trigger", fired == 2);
     pointer.moveTo(kMiddle);
     monitor.apply(Corner::none, CornerModifier::none);
-    check("polling stops with the corner", !monitor.isPolling() && clock.monotonicNow() > Clock::MonotonicTime{});
+    check("polling stops with the corner",
+          !monitor.isPolling() && clock.monotonicNow() > Clock::MonotonicTime{});
   }
 
   // The shortcut over simulated grabs.
@@ -188,24 +192,25 @@ std::vector<TriggerChecks::Result> TriggerChecks::run() {
     const HotKey commandO{31, HotKey::kCommand};
     const bool first = hotKey.registerKey(optionSpace);
     const int callsBefore = grabs.grabCalls;
-    check("same combo again is a no-op success",
-          first && hotKey.registerKey(optionSpace) && grabs.grabCalls == callsBefore && grabs.held.size() == 1);
+    check("same combo again is a no-op success", first && hotKey.registerKey(optionSpace) &&
+                                                     grabs.grabCalls == callsBefore &&
+                                                     grabs.held.size() == 1);
     grabs.press(optionSpace);
     check("simulated press calls back", pressed == 1);
     grabs.takenElsewhere.insert(commandO);
     const bool taken = hotKey.registerKey(commandO);
     grabs.press(optionSpace);
     check("taken combo returns false, old key kept",
-          !taken && hotKey.lastOutcome() == KeyGrabService::Outcome::taken && hotKey.currentKey() == optionSpace &&
-              pressed == 2);
+          !taken && hotKey.lastOutcome() == KeyGrabService::Outcome::taken &&
+              hotKey.currentKey() == optionSpace && pressed == 2);
     check("no key always succeeds and removes the shortcut",
           hotKey.registerKey(std::nullopt) && grabs.held.empty() && !hotKey.currentKey());
   }
 
   int failures = 0;
   for (const Result& result : results) failures += result.passed ? 0 : 1;
-  qCInfo(triggerLog, "trigger-test: %d von %zu Prüfungen bestanden", static_cast<int>(results.size()) - failures,
-         results.size());
+  qCInfo(triggerLog, "trigger-test: %d von %zu Prüfungen bestanden",
+         static_cast<int>(results.size()) - failures, results.size());
   return results;
 }
 

@@ -4,10 +4,13 @@
 
 namespace orrery::app {
 
-TriggerController::TriggerController(Clock& clock, Platform platform, std::function<void(TriggerSource)> onTrigger,
+TriggerController::TriggerController(Clock& clock, Platform platform,
+                                     std::function<void(TriggerSource)> onTrigger,
                                      std::function<TriggerSettings()> stored, QObject* parent)
     : QObject(parent), platform_(std::move(platform)), stored_(std::move(stored)) {
-  if (platform_.pointer) hotCorner_ = std::make_unique<HotCornerMonitor>(clock, *platform_.pointer, [onTrigger] { onTrigger(TriggerSource::hotCorner); });
+  if (platform_.pointer)
+    hotCorner_ = std::make_unique<HotCornerMonitor>(clock, *platform_.pointer,
+                                                    [onTrigger] { onTrigger(TriggerSource::hotCorner); });
   status_.setHotCornerAvailable(hotCorner_ != nullptr);
   if (platform_.grabs) {
     router_ = std::make_unique<GlobalHotKey::Router>(*platform_.grabs);

@@ -15,7 +15,8 @@ namespace {
 
 std::string_view trimmed(std::string_view text) {
   while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r')) text.remove_suffix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r'))
+    text.remove_suffix(1);
   return text;
 }
 
@@ -77,7 +78,8 @@ DockDefaults DesktopHotCorners::fromKWin(const std::vector<std::string>& kwinrcT
     std::string item;
     while (std::getline(list, item, ',')) {
       for (const KWinCorner& corner : kCorners)
-        if (trimmed(item) == std::to_string(corner.edge)) corners[std::string(corner.dockKey)] = std::int64_t{2};
+        if (trimmed(item) == std::to_string(corner.edge))
+          corners[std::string(corner.dockKey)] = std::int64_t{2};
     }
   }
   if (const auto borders = merged.find("ElectricBorders"); borders != merged.end()) {
@@ -87,9 +89,10 @@ DockDefaults DesktopHotCorners::fromKWin(const std::vector<std::string>& kwinrcT
       corners[std::string(corner.dockKey)] = std::int64_t{action->second == "None" ? 0 : 2};
     }
   }
-  const bool overviewSet = merged.contains("Effect-overview") &&
-                           merged.find("Effect-overview")->second.contains("BorderActivate");
-  if (plasmaSession && !anyEffectEdges && !overviewSet) corners.try_emplace("wvous-tl-corner", std::int64_t{2});
+  const bool overviewSet =
+      merged.contains("Effect-overview") && merged.find("Effect-overview")->second.contains("BorderActivate");
+  if (plasmaSession && !anyEffectEdges && !overviewSet)
+    corners.try_emplace("wvous-tl-corner", std::int64_t{2});
   return corners;
 }
 
@@ -122,7 +125,8 @@ DockDefaults DesktopHotCorners::read() const {
 
 std::string DesktopHotCorners::warning() {
   return text::localized(
-      "Your desktop already uses this corner (GNOME: Settings → Multitasking → Hot Corner; KDE: System Settings → "
+      "Your desktop already uses this corner (GNOME: Settings → Multitasking → Hot Corner; KDE: System "
+      "Settings → "
       "Screen Edges). Please turn it off there or choose another corner.",
       "Warning in the trigger settings when the chosen hot corner already has an action of the desktop");
 }

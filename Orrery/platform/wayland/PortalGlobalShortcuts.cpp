@@ -58,8 +58,8 @@ QDBusConnection bus() { return QDBusConnection::sessionBus(); }
 
 bool PortalGlobalShortcuts::available() {
   if (!bus().isConnected()) return false;
-  QDBusMessage get = QDBusMessage::createMethodCall(kService, kPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                    QStringLiteral("Get"));
+  QDBusMessage get = QDBusMessage::createMethodCall(
+      kService, kPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
   get << kInterface << QStringLiteral("version");
   const QDBusMessage reply = bus().call(get, QDBus::Block, 2000);
   return reply.type() == QDBusMessage::ReplyMessage;
@@ -103,7 +103,8 @@ app::KeyGrabService::Result PortalGlobalShortcuts::grab(const HotKey& key) {
   Binding binding{key, requestPath(token), {}};
   bus().connect(kService, binding.requestPath, kRequest, QStringLiteral("Response"), this,
                 SLOT(sessionCreated(uint, QVariantMap)));
-  QDBusMessage create = QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("CreateSession"));
+  QDBusMessage create =
+      QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("CreateSession"));
   create << QVariantMap{{QStringLiteral("handle_token"), token},
                         {QStringLiteral("session_handle_token"), QStringLiteral("orrery_%1").arg(id)}};
   const QDBusMessage reply = bus().call(create, QDBus::Block, 5000);
@@ -124,7 +125,8 @@ app::KeyGrabService::Result PortalGlobalShortcuts::grab(const HotKey& key) {
 
 void PortalGlobalShortcuts::sessionCreated(uint response, const QVariantMap& results) {
   const QString path = message().path();
-  bus().disconnect(kService, path, kRequest, QStringLiteral("Response"), this, SLOT(sessionCreated(uint, QVariantMap)));
+  bus().disconnect(kService, path, kRequest, QStringLiteral("Response"), this,
+                   SLOT(sessionCreated(uint, QVariantMap)));
   for (auto& [id, binding] : bindings_) {
     if (binding.requestPath != path) continue;
     if (response != 0) {
@@ -150,7 +152,8 @@ void PortalGlobalShortcuts::bind(GrabId id) {
       {kShortcutId,
        {{QStringLiteral("description"), QStringLiteral("Show or hide Orrery")},
         {QStringLiteral("preferred_trigger"), trigger(binding.key)}}}};
-  QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("BindShortcuts"));
+  QDBusMessage call =
+      QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("BindShortcuts"));
   call << QVariant::fromValue(QDBusObjectPath(binding.sessionPath)) << QVariant::fromValue(shortcuts)
        << QString() << QVariantMap{{QStringLiteral("handle_token"), token}};
   // A portal that cannot even take the request refuses it.
@@ -158,7 +161,8 @@ void PortalGlobalShortcuts::bind(GrabId id) {
   connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, id](QDBusPendingCallWatcher* finished) {
     finished->deleteLater();
     if (!finished->isError() || !bindings_.contains(id)) return;
-    qCWarning(portalLog, "Tastenkürzel nicht beim Portal angemeldet: %s", qPrintable(finished->error().message()));
+    qCWarning(portalLog, "Tastenkürzel nicht beim Portal angemeldet: %s",
+              qPrintable(finished->error().message()));
     bus().disconnect(kService, bindings_.at(id).requestPath, kRequest, QStringLiteral("Response"), this,
                      SLOT(shortcutsBound(uint, QVariantMap)));
     release(id);
@@ -168,7 +172,8 @@ void PortalGlobalShortcuts::bind(GrabId id) {
 
 void PortalGlobalShortcuts::shortcutsBound(uint response, const QVariantMap&) {
   const QString path = message().path();
-  bus().disconnect(kService, path, kRequest, QStringLiteral("Response"), this, SLOT(shortcutsBound(uint, QVariantMap)));
+  bus().disconnect(kService, path, kRequest, QStringLiteral("Response"), this,
+                   SLOT(shortcutsBound(uint, QVariantMap)));
   for (auto& [id, binding] : bindings_) {
     if (binding.requestPath != path) continue;
     binding.requestPath.clear();

@@ -104,8 +104,8 @@ class FakePortal : public QObject, protected QDBusContext {
     const QString path = QStringLiteral("/org/freedesktop/portal/desktop/request/%1/%2")
                              .arg(sender(), options.value(QStringLiteral("handle_token")).toString());
     QTimer::singleShot(0, this, [this, path, response, results] {
-      QDBusMessage signal =
-          QDBusMessage::createSignal(path, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
+      QDBusMessage signal = QDBusMessage::createSignal(path, QStringLiteral("org.freedesktop.portal.Request"),
+                                                       QStringLiteral("Response"));
       signal << response << results;
       connection_.send(signal);
     });
@@ -155,8 +155,8 @@ class PortalGlobalShortcutsTest : public ::testing::Test {
   // The stand-in on a connection and a thread of its own (the code under
   // test waits for replies on this one), owning the portal's name.
   std::unique_ptr<FakePortal> startPortal() {
-    auto connection =
-        QDBusConnection::connectToBus(QString::fromStdString(session->busAddress()), QStringLiteral("portal"));
+    auto connection = QDBusConnection::connectToBus(QString::fromStdString(session->busAddress()),
+                                                    QStringLiteral("portal"));
     auto portal = std::make_unique<FakePortal>(connection);
     portalThread.start();
     portal->moveToThread(&portalThread);

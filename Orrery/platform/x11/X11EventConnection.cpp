@@ -15,7 +15,8 @@ namespace orrery::platform {
 
 std::shared_ptr<X11EventConnection> X11EventConnection::open(const std::string& displayName) {
   int screenNumber = 0;
-  xcb_connection_t* connection = xcb_connect(displayName.empty() ? nullptr : displayName.c_str(), &screenNumber);
+  xcb_connection_t* connection =
+      xcb_connect(displayName.empty() ? nullptr : displayName.c_str(), &screenNumber);
   if (xcb_connection_has_error(connection) != 0) {
     xcb_disconnect(connection);
     return nullptr;
@@ -32,7 +33,8 @@ std::shared_ptr<X11EventConnection> X11EventConnection::forApplication() {
   return open(displayName);
 }
 
-X11EventConnection::X11EventConnection(xcb_connection_t* connection, int screenNumber) : connection_(connection) {
+X11EventConnection::X11EventConnection(xcb_connection_t* connection, int screenNumber)
+    : connection_(connection) {
   xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection_));
   for (int index = 0; screens.rem > 0; xcb_screen_next(&screens), ++index) {
     if (root_ == 0) root_ = screens.data->root;
@@ -45,8 +47,8 @@ X11EventConnection::X11EventConnection(xcb_connection_t* connection, int screenN
   // grabs (2.0 withheld them during grabs).
   const xcb_query_extension_reply_t* xinput = xcb_get_extension_data(connection_, &xcb_input_id);
   if (xinput != nullptr && xinput->present != 0) {
-    auto* version = xcb_input_xi_query_version_reply(connection_, xcb_input_xi_query_version(connection_, 2, 2),
-                                                     nullptr);
+    auto* version =
+        xcb_input_xi_query_version_reply(connection_, xcb_input_xi_query_version(connection_, 2, 2), nullptr);
     if (version != nullptr &&
         (version->major_version > 2 || (version->major_version == 2 && version->minor_version >= 2))) {
       xinputOpcode_ = xinput->major_opcode;
@@ -94,15 +96,15 @@ void X11EventConnection::dispatch(const xcb_generic_event_t& event) {
       if (keyHandler_) keyHandler_(event);
       break;
     case XCB_MAPPING_NOTIFY:
-      if (xcb_refresh_keyboard_mapping(keySymbols_,
-                                       reinterpret_cast<xcb_mapping_notify_event_t*>(
-                                           const_cast<xcb_generic_event_t*>(&event))) != 0 &&
+      if (xcb_refresh_keyboard_mapping(keySymbols_, reinterpret_cast<xcb_mapping_notify_event_t*>(
+                                                        const_cast<xcb_generic_event_t*>(&event))) != 0 &&
           mapHandler_) {
         mapHandler_();
       }
       break;
     case XCB_GE_GENERIC:
-      if (xinputOpcode_ != 0 && reinterpret_cast<const xcb_ge_generic_event_t&>(event).extension == xinputOpcode_ &&
+      if (xinputOpcode_ != 0 &&
+          reinterpret_cast<const xcb_ge_generic_event_t&>(event).extension == xinputOpcode_ &&
           xinputHandler_) {
         xinputHandler_(event);
       }

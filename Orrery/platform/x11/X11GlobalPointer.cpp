@@ -51,7 +51,8 @@ void X11GlobalPointer::select(bool motion) {
   struct {
     xcb_input_event_mask_t head;
     std::uint32_t mask;
-  } selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, motion ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0U};
+  } selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+              motion ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0U};
   xcb_input_xi_select_events(connection_->connection(), connection_->root(), 1, &selection.head);
   xcb_flush(connection_->connection());
 }
@@ -65,7 +66,8 @@ void X11GlobalPointer::watchMotion(std::function<void()> onMoved) {
 
 std::optional<X11GlobalPointer::Query> X11GlobalPointer::query() {
   xcb_connection_t* connection = connection_->connection();
-  auto* reply = xcb_query_pointer_reply(connection, xcb_query_pointer(connection, connection_->root()), nullptr);
+  auto* reply =
+      xcb_query_pointer_reply(connection, xcb_query_pointer(connection, connection_->root()), nullptr);
   connection_->drainLater();
   if (reply == nullptr) return std::nullopt;
   const Query result{reply->root_x, reply->root_y, reply->mask};

@@ -15,7 +15,8 @@ constexpr std::uint16_t kLocks = X11KeyTable::Mask::lock | X11KeyTable::Mask::mo
 constexpr std::uint16_t kModifierBits = 0xFF;
 }  // namespace
 
-X11KeyGrabs::X11KeyGrabs(std::shared_ptr<X11EventConnection> connection) : connection_(std::move(connection)) {
+X11KeyGrabs::X11KeyGrabs(std::shared_ptr<X11EventConnection> connection)
+    : connection_(std::move(connection)) {
   connection_->setKeyHandler([this](const xcb_generic_event_t& event) {
     const auto& key = reinterpret_cast<const xcb_key_press_event_t&>(event);
     const bool press = (event.response_type & 0x7f) == XCB_KEY_PRESS;
@@ -132,8 +133,9 @@ void X11KeyGrabs::regrab() {
     std::vector<std::uint8_t> keycodes = keycodesOf(held.key);
     if (keycodes == held.keycodes) continue;
     ungrabAll(held.keycodes, held.modifiers);
-    held.keycodes = grabAll(keycodes, held.modifiers).outcome == Outcome::grabbed ? std::move(keycodes)
-                                                                                  : std::vector<std::uint8_t>{};
+    held.keycodes = grabAll(keycodes, held.modifiers).outcome == Outcome::grabbed
+                        ? std::move(keycodes)
+                        : std::vector<std::uint8_t>{};
   }
   xcb_flush(connection_->connection());
 }

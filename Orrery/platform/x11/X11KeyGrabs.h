@@ -41,7 +41,7 @@ class X11KeyGrabs final : public app::KeyGrabService {
     HotKey key;
     std::uint16_t modifiers = 0;
     std::vector<std::uint8_t> keycodes;
-    bool down = false;  // pressed and not yet released: repeats are not new presses
+    bool down = false;                        // pressed and not yet released: repeats are not new presses
     std::optional<std::uint32_t> releasedAt;  // server time of the last release
   };
   // Grabs `keycodes` with `modifiers` and every lock variant; all or none.

@@ -67,9 +67,9 @@ class X11TriggersTest : public ::testing::Test {
       xcb_key_symbols_t* symbols = xcb_key_symbols_alloc(connection);
       xcb_keycode_t* codes = xcb_key_symbols_get_keycode(symbols, keysym);
       const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-      xcb_generic_error_t* error = xcb_request_check(
-          connection,
-          xcb_grab_key_checked(connection, 1, root, modifiers, codes[0], XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+      xcb_generic_error_t* error =
+          xcb_request_check(connection, xcb_grab_key_checked(connection, 1, root, modifiers, codes[0],
+                                                             XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
       std::free(codes);
       xcb_key_symbols_free(symbols);
       const bool granted = error == nullptr;
@@ -166,7 +166,8 @@ TEST_F(X11TriggersTest, ThePointerReportsRawMotionOnlyWhileWatchedInTheCoresSpac
 
   const auto screens = pointer->screens();
   ASSERT_EQ(screens.size(), 1U);
-  EXPECT_EQ(screens[0], (Rect{{0, 0}, {static_cast<double>(session->width()), static_cast<double>(session->height())}}));
+  EXPECT_EQ(screens[0],
+            (Rect{{0, 0}, {static_cast<double>(session->width()), static_cast<double>(session->height())}}));
   EXPECT_EQ(pointer->position(), (Point{0, static_cast<double>(session->height())})) << "the top left, y up";
   EXPECT_EQ(pointer->buttons(), 0U);
   EXPECT_EQ(pointer->modifierFlags(), 0U);

@@ -102,7 +102,8 @@ TEST_F(TriggerProgramTest, TheShortcutShowsTheOverlayAndHidesItAgain) {
   }
   // Logged when the first frame after the show was swapped, which may come
   // after the window manager made the window full screen.
-  EXPECT_TRUE(session->waitUntil([&] { return log().find("[hot key] overlay shown in") != std::string::npos; }, 10s))
+  EXPECT_TRUE(
+      session->waitUntil([&] { return log().find("[hot key] overlay shown in") != std::string::npos; }, 10s))
       << log();
 }
 
@@ -114,7 +115,8 @@ TEST_F(TriggerProgramTest, AShortcutHeldByAnotherAppIsReportedAndTheCornerStillW
       << read(otherLog);
 
   ASSERT_TRUE(start(R"({"corner":"bottomRight","hotKey":{"keyCode":40,"carbonModifiers":2048}})")) << log();
-  EXPECT_NE(log().find("Einstellungen melden: This shortcut is already used by another app."), std::string::npos)
+  EXPECT_NE(log().find("Einstellungen melden: This shortcut is already used by another app."),
+            std::string::npos)
       << log();
   ASSERT_TRUE(session->key({"alt+k"}));
   EXPECT_FALSE(session->waitUntil([&] { return overlayShown(); }, 1s)) << "the other app has Alt+K";
@@ -138,8 +140,8 @@ TEST_F(TriggerProgramTest, RestingInTheCornerOpensTheOverlayAndPassingThroughDoe
 
   ASSERT_TRUE(moveBy(-2000, -2000));
   ASSERT_TRUE(session->waitUntil([&] { return overlayShown(); }, 20s)) << log();
-  EXPECT_TRUE(
-      session->waitUntil([&] { return log().find("[hot corner] overlay shown in") != std::string::npos; }, 10s))
+  EXPECT_TRUE(session->waitUntil(
+      [&] { return log().find("[hot corner] overlay shown in") != std::string::npos; }, 10s))
       << log();
 
   // Resting on does not toggle it again; leaving and coming back does.
