@@ -182,7 +182,8 @@ app::TriggerController::Platform makeTriggerPlatform() {
   if (auto connection = triggerConnection()) {
     platform.pointer = X11GlobalPointer::make(connection);
     platform.grabs = std::make_unique<X11KeyGrabs>(connection);
-  } else if (QGuiApplication::platformName() == QLatin1String("wayland") && PortalGlobalShortcuts::available()) {
+  } else if (QGuiApplication::platformName().startsWith(QLatin1String("wayland")) &&
+             PortalGlobalShortcuts::available()) {
     platform.grabs = std::make_unique<PortalGlobalShortcuts>();
     platform.escapeFallback = false;
   }
