@@ -26,6 +26,7 @@ REFERENCES = {
 
 # scripts/bench-ui writes its section between these lines (see bench_ui.py).
 KEPT_BEGIN, KEPT_END = "<!-- bench-ui:", "<!-- /bench-ui -->"
+TRIGGERS_BEGIN, TRIGGERS_END = "<!-- bench-triggers:", "<!-- /bench-triggers -->"
 
 UNIT_SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 
@@ -139,18 +140,18 @@ def table(family, rows, reference, counters):
     return lines
 
 
-def kept_section(path):
-    """The bench-ui section of the report being replaced, or ''."""
+def kept_section(path, begin=KEPT_BEGIN, end_marker=KEPT_END):
+    """The bench-ui (or other kept) section of the report being replaced, or ''."""
     try:
         with open(path, encoding="utf-8") as handle:
             text = handle.read()
     except FileNotFoundError:
         return ""
-    start = text.find(KEPT_BEGIN)
-    end = text.find(KEPT_END, start)
+    start = text.find(begin)
+    end = text.find(end_marker, start)
     if start < 0 or end < 0:
         return ""
-    return text[start:end + len(KEPT_END)]
+    return text[start:end + len(end_marker)]
 
 
 def main(argv):
@@ -205,6 +206,10 @@ def main(argv):
             out.append("")
         out.append("")
     kept = kept_section(output)
+    # scripts/bench-triggers writes a section of its own, kept the same way.
+    triggers = kept_section(output, TRIGGERS_BEGIN, TRIGGERS_END)
+    if triggers:
+        kept = (kept + "\n\n" + triggers) if kept else triggers
     with open(output, "w", encoding="utf-8") as handle:
         handle.write("\n".join(out).rstrip("\n") + "\n" + ("\n" + kept + "\n" if kept else ""))
     return 0
