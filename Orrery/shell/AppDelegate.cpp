@@ -48,7 +48,10 @@ AppDelegate::AppDelegate(std::filesystem::path dataDirectory, QObject* parent)
   if (loginItem_) launchAtLogin_ = std::make_unique<LaunchAtLogin>(*settings_, *loginItem_);
 }
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate() {
+  // The triggers go before the overlay that uses their Esc grab.
+  if (overlay_) overlay_->setEscapeFallback(nullptr);
+}
 
 const SyncStateStore::LoadResult& AppDelegate::loadedSyncState() {
   if (!loadedSyncState_) loadedSyncState_ = syncStateStore_.loadWithStatus();
@@ -121,6 +124,8 @@ void AppDelegate::launch() {
   connect(settings_.get(), &SettingsStore::settingsChanged, triggers_.get(),
           [this] { applyTriggers(TriggerSettings::from(settings_->settings())); });
   applyTriggers(TriggerSettings::from(settings_->settings()));
+  // Esc for the overlay while its window cannot hear it, through the same key grabs.
+  overlay_->setEscapeFallback(&triggers_->escapeFallback());
   keyboardLayout_ = platform::makeKeyboardLayout();
   shortcutRecorder_ = std::make_unique<ShortcutRecorder>(
       *settings_, triggers_->status(), keyboardLayout_.get(),

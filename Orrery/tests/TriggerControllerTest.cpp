@@ -172,13 +172,13 @@ TEST_F(TriggerControllerTest, RecordingSuspendsTheShortcutAndEndingRestoresIt) {
 TEST_F(TriggerControllerTest, TheEscapeFallbackHoldsBareEscOnlyWhileActive) {
   auto triggers = make();
   triggers->applyHotKey(kOptionSpace);
-  EscapeFallback& escape = triggers->escapeFallback();
-  QSignalSpy pressed(&escape, &EscapeFallback::escapePressed);
+  EscapeKeyGrab& escape = triggers->escapeFallback();
+  QSignalSpy pressed(&escape, &EscapeKeyGrab::escapePressed);
   const HotKey bareEscape{53, 0};
 
   grabs->press(bareEscape);
   EXPECT_EQ(pressed.count(), 0);
-  ASSERT_TRUE(escape.setActive(true));
+  ASSERT_TRUE(escape.grab(true));
   EXPECT_TRUE(escape.isActive());
   grabs->press(bareEscape);
   EXPECT_EQ(pressed.count(), 1);
@@ -186,7 +186,7 @@ TEST_F(TriggerControllerTest, TheEscapeFallbackHoldsBareEscOnlyWhileActive) {
   grabs->press(kOptionSpace);
   EXPECT_EQ(triggered.size(), 1U) << "and the shortcut is not Esc";
 
-  ASSERT_TRUE(escape.setActive(false));
+  ASSERT_TRUE(escape.grab(false));
   EXPECT_EQ(ledger.held.size(), 1U);
   grabs->press(bareEscape);
   EXPECT_EQ(pressed.count(), 1);
@@ -199,7 +199,7 @@ TEST_F(TriggerControllerTest, WithoutPointerOrGrabsTheStatusSaysWhatToDoInstead)
   EXPECT_TRUE(triggers->status().shortcutNote().contains(QStringLiteral("orrery --toggle")));
   EXPECT_FALSE(triggers->applyHotKey(kOptionSpace));
   triggers->applyTriggers({Corner::topLeft, CornerModifier::none, kOptionSpace});
-  EXPECT_FALSE(triggers->escapeFallback().setActive(true));
+  EXPECT_FALSE(triggers->escapeFallback().grab(true));
 
   auto x11 = make(true, true);
   EXPECT_TRUE(x11->status().hotCornerAvailable());

@@ -22,7 +22,7 @@ TriggerController::TriggerController(Clock& clock, Platform platform,
   } else {
     status_.setShortcutNote(TriggerStatus::bindToggleText());
   }
-  escape_ = std::make_unique<EscapeFallback>(platform_.escapeFallback ? router_.get() : nullptr);
+  escape_ = std::make_unique<EscapeKeyGrab>(platform_.escapeFallback ? router_.get() : nullptr);
 }
 
 // The users of the router go before it, and it before the service.

@@ -20,7 +20,7 @@
 #include <optional>
 
 #include "Orrery/base/Clock.h"
-#include "Orrery/triggers/EscapeFallback.h"
+#include "Orrery/triggers/EscapeKeyGrab.h"
 #include "Orrery/triggers/GlobalHotKey.h"
 #include "Orrery/triggers/GlobalPointer.h"
 #include "Orrery/triggers/HotCornerMonitor.h"
@@ -72,7 +72,7 @@ class TriggerController final : public QObject {
   void setHotKeySuspended(bool suspended, const std::optional<TriggerSettings>& restoring = std::nullopt);
 
   TriggerStatus& status() { return status_; }
-  EscapeFallback& escapeFallback() { return *escape_; }
+  EscapeKeyGrab& escapeFallback() { return *escape_; }
   HotCornerMonitor* hotCorner() { return hotCorner_.get(); }
   GlobalHotKey* hotKey() { return hotKey_.get(); }
   const std::optional<TriggerSettings>& appliedTriggers() const { return applied_; }
@@ -88,7 +88,7 @@ class TriggerController final : public QObject {
   std::unique_ptr<GlobalHotKey::Router> router_;
   std::unique_ptr<HotCornerMonitor> hotCorner_;
   std::unique_ptr<GlobalHotKey> hotKey_;
-  std::unique_ptr<EscapeFallback> escape_;
+  std::unique_ptr<EscapeKeyGrab> escape_;
   std::optional<TriggerSettings> applied_;
   bool suspended_ = false;
   std::optional<HotKey> keyBeforeSuspend_;
