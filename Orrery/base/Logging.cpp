@@ -9,5 +9,6 @@ Q_LOGGING_CATEGORY(shellLog, "ch.lumenfold.orrery.shell")
 Q_LOGGING_CATEGORY(overlayLog, "ch.lumenfold.orrery.overlay")
 Q_LOGGING_CATEGORY(launchLog, "ch.lumenfold.orrery.launch")
 Q_LOGGING_CATEGORY(triggerLog, "ch.lumenfold.orrery.triggers")
+Q_LOGGING_CATEGORY(appearanceLog, "ch.lumenfold.orrery.appearance")
 
 }  // namespace orrery::app

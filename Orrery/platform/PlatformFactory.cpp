@@ -2,8 +2,11 @@
 
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QScreen>
 #include <QSettings>
 
+#include <cstdlib>
+#include <initializer_list>
 #include <string_view>
 
 #include "Orrery/platform/posix/ProcessEnvironment.h"
@@ -21,12 +24,21 @@
 #include "Orrery/platform/x11/X11EventConnection.h"
 #include "Orrery/platform/x11/X11GlobalPointer.h"
 #include "Orrery/platform/x11/X11KeyGrabs.h"
+#include "Orrery/platform/gnome/GnomeWallpaperSource.h"
+#include "Orrery/platform/kde/PlasmaWallpaperSource.h"
+#include "Orrery/platform/qt/PictureFiles.h"
 #include "Orrery/platform/x11/X11KeyboardLayout.h"
+#include "Orrery/platform/x11/X11RootPixmapSource.h"
 #include "Orrery/platform/x11/X11WindowSystem.h"
+#include "Orrery/platform/xfce/XfceWallpaperSource.h"
 #include "Orrery/platform/xdg/DesktopEntryFormat.h"
 #include "Orrery/platform/xdg/XdgAutostart.h"
 #include "Orrery/platform/xdg/XdgDirectories.h"
 #include "Orrery/platform/xdg/XdgIconLocator.h"
+
+#include <xcb/xcb.h>
+// Last: Xlib's macros (None, Bool, Status...) would clash with Qt's headers.
+#include <X11/Xlib.h>
 #endif
 
 namespace orrery::platform {
@@ -207,6 +219,81 @@ std::unique_ptr<app::KeyboardLayout> makeKeyboardLayout() {
   if (auto connection = triggerConnection()) return std::make_unique<X11KeyboardLayout>(connection);
 #endif
   return nullptr;
+}
+
+namespace {
+
+// An empty source, for platforms whose picture is not read yet.
+class NoPictureSource final : public app::DesktopPictureSource {
+ public:
+  std::optional<app::DesktopPicture> current() override { return std::nullopt; }
+};
+
+#if !defined(__APPLE__)
+// Qt's X11 display name, for connections of our own to the same server.
+std::string x11DisplayName() {
+  auto* x11 = qGuiApp == nullptr ? nullptr : qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  if (x11 == nullptr || x11->display() == nullptr) return {};
+  return XDisplayString(x11->display());
+}
+#endif
+
+}  // namespace
+
+std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource([[maybe_unused]] app::Clock& clock) {
+#if defined(__APPLE__)
+  return std::make_unique<NoPictureSource>();
+#else
+  const VariableLookup variables = processVariables();
+  const DesktopEnvironment environment = DesktopEnvironment::fromVariables(variables);
+  const auto running = [&environment](std::initializer_list<const char*> names) {
+    for (const std::string& desktop : environment.currentDesktops)
+      for (const char* name : names)
+        if (QString::fromStdString(desktop).compare(QLatin1String(name), Qt::CaseInsensitive) == 0) return true;
+    return false;
+  };
+  const QString configHome = QString::fromStdString(XdgDirectories::fromVariables(variables).configHome);
+  std::vector<std::unique_ptr<app::DesktopPictureSource>> sources;
+  if (running({"KDE"})) {
+    QSize pixels(1920, 1080);
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+      pixels = (QSizeF(screen->geometry().size()) * screen->devicePixelRatio()).toSize();
+    sources.push_back(std::make_unique<PlasmaWallpaperSource>(
+        configHome + QStringLiteral("/plasma-org.kde.plasma.desktop-appletsrc"), pixels));
+  }
+  if (running({"XFCE"})) {
+    sources.push_back(std::make_unique<XfceWallpaperSource>(
+        configHome + QStringLiteral("/xfce4/xfconf/xfce-perchannel-xml/xfce4-desktop.xml")));
+  }
+  if (running({"GNOME", "GNOME-Classic", "GNOME-Flashback", "Unity", "Budgie", "Pantheon", "ubuntu"})) {
+    if (auto gnome = GnomeWallpaperSource::fromSettings(clock)) sources.push_back(std::move(gnome));
+  }
+  if (QGuiApplication::platformName() == QLatin1String("xcb")) {
+    if (auto root = X11RootPixmapSource::open(x11DisplayName())) sources.push_back(std::move(root));
+  }
+  if (sources.empty()) return std::make_unique<NoPictureSource>();
+  return std::make_unique<FirstPictureSource>(std::move(sources));
+#endif
+}
+
+std::function<bool()> makeCompositorProbe() {
+  const QString platform = QGuiApplication::platformName();
+#if !defined(__APPLE__)
+  if (platform == QLatin1String("xcb")) {
+    auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (x11 == nullptr || x11->connection() == nullptr) return [] { return false; };
+    int screen = 0;
+    char* host = nullptr;
+    int display = 0;
+    const std::string name = x11DisplayName();
+    if (xcb_parse_display(name.empty() ? nullptr : name.c_str(), &host, &display, &screen) != 0) std::free(host);
+    return [connection = x11->connection(), screen] {
+      return X11RootPixmapSource::compositorRunning(connection, screen);
+    };
+  }
+#endif
+  const bool composited = platform.startsWith(QLatin1String("wayland")) || platform == QLatin1String("cocoa");
+  return [composited] { return composited; };
 }
 
 }  // namespace orrery::platform

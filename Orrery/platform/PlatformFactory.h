@@ -9,11 +9,14 @@
 #include <QString>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
+#include "Orrery/appearance/DesktopPictureSource.h"
 #include "Orrery/appearance/IconLocator.h"
 #include "Orrery/appearance/IconTheme.h"
+#include "Orrery/base/Clock.h"
 #include "Orrery/overlay/AppOpener.h"
 #include "Orrery/overlay/WindowSystem.h"
 #include "Orrery/settings/LoginItem.h"
@@ -82,5 +85,17 @@ app::TriggerController::Platform makeTriggerPlatform();
 // The keyboard layout for the shortcut recorder and key names; nothing
 // where the window system does not tell.
 std::unique_ptr<app::KeyboardLayout> makeKeyboardLayout();
+
+// Where the desktop keeps its picture: the settings or configuration file of
+// the desktop XDG_CURRENT_DESKTOP names (GNOME and its kin, KDE Plasma,
+// Xfce), then the X root window's pixmap as tools like feh set it. Asked in
+// that order; nothing found means glass. `clock` times slideshows and must
+// outlive the source. Needs the QGuiApplication to exist.
+std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource(app::Clock& clock);
+
+// Whether a compositor draws translucent windows over the desktop now: on
+// X11 the owner of _NET_WM_CM_S<screen>; always on Wayland and macOS;
+// never elsewhere (offscreen). Main thread.
+std::function<bool()> makeCompositorProbe();
 
 }  // namespace orrery::platform

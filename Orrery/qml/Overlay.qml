@@ -9,6 +9,13 @@ Item {
 
     required property QtObject overlay
     required property QtObject controller
+    // The BackgroundModel, handed over after the view is built.
+    property QtObject background: null
+
+    // Labels, dots and the search field take their colours from here:
+    // light on pictures and dark colours, dark on light ones.
+    palette.windowText: !background || background.isDark ? "white" : "#1d1d1f"
+    palette.shadow: !background || background.isDark ? "#60000000" : "#40ffffff"
 
     // The grid area between the search field and the page dots.
     readonly property real sideMargin: Math.max(48, width * 0.08)
@@ -24,12 +31,9 @@ Item {
         NumberAnimation { duration: 180; easing.type: Easing.OutCubic }
     }
 
-    Rectangle {
+    Background {
         anchors.fill: parent
-        gradient: Gradient {
-            GradientStop { position: 0; color: "#2b3440" }
-            GradientStop { position: 1; color: "#161b22" }
-        }
+        model: root.background
     }
 
     // A click on empty space hides the overlay; a right click offers what
@@ -215,7 +219,8 @@ Item {
             anchors.centerIn: parent
             visible: root.overlay.isSearching && root.overlay.resultCount === 0
             text: qsTr("No apps found")
-            color: "#c8ffffff"
+            color: root.palette.windowText
+            opacity: 0.8
             font.pixelSize: 22
         }
     }

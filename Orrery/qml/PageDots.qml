@@ -21,7 +21,7 @@ Row {
                 width: 8
                 height: 8
                 radius: 4
-                color: "white"
+                color: dots.palette.windowText
                 opacity: index === dots.current ? 0.95 : 0.35
             }
             MouseArea {

@@ -7,10 +7,12 @@ Rectangle {
 
     required property QtObject overlay
 
+    readonly property color ink: palette.windowText
+
     height: 36
     radius: 10
-    color: "#30ffffff"
-    border.color: input.activeFocus ? "#80ffffff" : "#40ffffff"
+    color: Qt.rgba(ink.r, ink.g, ink.b, 0.19)
+    border.color: Qt.rgba(ink.r, ink.g, ink.b, input.activeFocus ? 0.5 : 0.25)
 
     Text {
         anchors.fill: parent
@@ -18,7 +20,8 @@ Rectangle {
         verticalAlignment: Text.AlignVCenter
         visible: input.text === "" && !input.inputMethodComposing
         text: qsTr("Search")
-        color: "#a0ffffff"
+        color: field.ink
+        opacity: 0.63
         font.pixelSize: 16
     }
 
@@ -29,7 +32,7 @@ Rectangle {
         anchors.leftMargin: 14
         anchors.rightMargin: 14
         verticalAlignment: TextInput.AlignVCenter
-        color: "white"
+        color: field.ink
         selectionColor: "#6080b0ff"
         font.pixelSize: 16
         clip: true

@@ -30,7 +30,7 @@ Item {
         width: tile.hitWidth
         height: tile.hitHeight + 12
         radius: 14
-        color: "white"
+        color: tile.palette.windowText
         opacity: tile.highlighted || tile.focused ? 0.16 : (mouse.containsMouse ? 0.10 : 0)
         Behavior on opacity { NumberAnimation { duration: 90 } }
     }
@@ -98,13 +98,13 @@ Item {
         width: tile.hitWidth
         height: tile.labelHeight
         text: tile.label
-        color: "white"
+        color: tile.palette.windowText
         font.pixelSize: 14
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         elide: Text.ElideRight
         style: Text.Raised
-        styleColor: "#60000000"
+        styleColor: tile.palette.shadow
     }
 
     MouseArea {

@@ -93,6 +93,14 @@ void AppDelegate::launch() {
   };
   preloadIcons();
 
+  // The background: rendered in the background, never waited for.
+  pictures_ = platform::makeDesktopPictureSource(clock_);
+  background_ = std::make_unique<BackgroundModel>(*pictures_);
+  background_->setSettings(settings_->settings());
+  background_->attach(*overlay_->window(), platform::makeCompositorProbe());
+  connect(settings_.get(), &SettingsStore::settingsChanged, background_.get(),
+          [this] { background_->setSettings(settings_->settings()); });
+
   // The overlay stays until the app really started, so a failure can be
   // shown where the user looked; it then stays usable.
   launcher_ = std::make_unique<AppLauncher>(platform::makeAppOpener());

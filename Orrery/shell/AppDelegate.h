@@ -24,6 +24,8 @@
 #include <memory>
 #include <optional>
 
+#include "Orrery/appearance/BackgroundModel.h"
+#include "Orrery/appearance/DesktopPictureSource.h"
 #include "Orrery/appearance/IconCache.h"
 #include "Orrery/base/QtClock.h"
 #include "Orrery/catalog/AppCatalog.h"
@@ -107,6 +109,8 @@ class AppDelegate final : public QObject {
   std::unique_ptr<OverlayModel> overlayModel_;
   std::unique_ptr<WindowSystem> windows_;  // before overlay_, which uses it
   std::unique_ptr<OverlayController> overlay_;
+  std::unique_ptr<DesktopPictureSource> pictures_;  // before background_, which uses it
+  std::unique_ptr<BackgroundModel> background_;
   std::unique_ptr<PerfRun> perfRun_;
   std::unique_ptr<TriggerController> triggers_;  // after overlay_, which it toggles
   std::unique_ptr<KeyboardLayout> keyboardLayout_;
