@@ -106,10 +106,11 @@ class WallpaperProvider final : public QQuickImageProvider {
 
 }  // namespace
 
-BackgroundModel::BackgroundModel(DesktopPictureSource& source, WallpaperCache::Renderer renderer,
+BackgroundModel::BackgroundModel(DesktopPictureSource& source, Clock& clock, WallpaperCache::Renderer renderer,
                                  QObject* parent)
     : QObject(parent),
       source_(source),
+      clock_(clock),
       cache_(std::move(renderer)),
       published_(std::make_shared<Published>()),
       solidHex_(QString::fromLatin1(HexColor::fallbackHex.data(),
@@ -210,9 +211,16 @@ bool BackgroundModel::wantsPicture() const {
 
 void BackgroundModel::refreshRenders() {
   std::map<std::uint32_t, WallpaperCache::Wanted> wanted;
+  nextPicture_.cancel();
   if (wantsPicture() && !displays_.empty()) {
     if (std::optional<DesktopPicture> picture = source_.current()) {
       noPictureLogged_ = false;
+      if (picture->changesIn) {
+        nextPicture_ = clock_.runAfter(*picture->changesIn + std::chrono::seconds(1), [this] {
+          refreshRenders();
+          update();
+        });
+      }
       for (const Display& display : displays_) {
         if (display.pixels.isEmpty()) continue;
         WallpaperKey key{display.id, picture->name.toStdString(), display.pixels.width(), display.pixels.height()};

@@ -45,6 +45,7 @@
 
 #include "Orrery/appearance/DesktopPictureSource.h"
 #include "Orrery/appearance/WallpaperCache.h"
+#include "Orrery/base/Clock.h"
 #include "OrreryCore/settings/Settings.h"
 
 class QQuickImageProvider;
@@ -71,11 +72,11 @@ class BackgroundModel final : public QObject {
     friend bool operator==(const Display&, const Display&) = default;
   };
 
-  // `source` must outlive the model. `renderer` renders on the cache's
-  // worker (tests pass one they control).
-  explicit BackgroundModel(DesktopPictureSource& source,
-                           WallpaperCache::Renderer renderer = &WallpaperCache::blurredRender,
-                           QObject* parent = nullptr);
+  // `source` and `clock` must outlive the model; the clock times the
+  // return of a slideshow's next picture. `renderer` renders on the
+  // cache's worker (tests pass one they control).
+  BackgroundModel(DesktopPictureSource& source, Clock& clock,
+                  WallpaperCache::Renderer renderer = &WallpaperCache::blurredRender, QObject* parent = nullptr);
   ~BackgroundModel() override;
 
   // A provider for a QML engine, which takes ownership.
@@ -115,6 +116,8 @@ class BackgroundModel final : public QObject {
   void followScreens();
 
   DesktopPictureSource& source_;
+  Clock& clock_;
+  ScheduledAction nextPicture_;  // a slideshow's next picture
   WallpaperCache cache_;
   std::shared_ptr<Published> published_;
   BackgroundStyle style_ = BackgroundStyle::blurredWallpaper;

@@ -22,6 +22,7 @@
 #include <QSize>
 #include <QString>
 
+#include <chrono>
 #include <expected>
 #include <functional>
 #include <optional>
@@ -35,6 +36,9 @@ struct DesktopPicture {
 
   QString name;
   Load load;
+  // When the desktop will show another picture by itself (a slideshow
+  // moving on); the owner asks again then.
+  std::optional<std::chrono::seconds> changesIn = std::nullopt;
 };
 
 class DesktopPictureSource {

@@ -1,5 +1,6 @@
 #include "Orrery/platform/PlatformFactory.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QScreen>
@@ -240,7 +241,7 @@ std::string x11DisplayName() {
 
 }  // namespace
 
-std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource([[maybe_unused]] app::Clock& clock) {
+std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource([[maybe_unused]] const app::Clock& clock) {
 #if defined(__APPLE__)
   return std::make_unique<NoPictureSource>();
 #else
@@ -266,7 +267,11 @@ std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource([[maybe_unus
         configHome + QStringLiteral("/xfce4/xfconf/xfce-perchannel-xml/xfce4-desktop.xml")));
   }
   if (running({"GNOME", "GNOME-Classic", "GNOME-Flashback", "Unity", "Budgie", "Pantheon", "ubuntu"})) {
-    if (auto gnome = GnomeWallpaperSource::fromSettings(clock)) sources.push_back(std::move(gnome));
+    auto now = [&clock] {
+      const auto since = std::chrono::duration_cast<std::chrono::milliseconds>(clock.now().time_since_epoch());
+      return QDateTime::fromMSecsSinceEpoch(since.count());
+    };
+    if (auto gnome = GnomeWallpaperSource::fromSettings(now)) sources.push_back(std::move(gnome));
   }
   if (QGuiApplication::platformName() == QLatin1String("xcb")) {
     if (auto root = X11RootPixmapSource::open(x11DisplayName())) sources.push_back(std::move(root));

@@ -89,9 +89,9 @@ std::unique_ptr<app::KeyboardLayout> makeKeyboardLayout();
 // Where the desktop keeps its picture: the settings or configuration file of
 // the desktop XDG_CURRENT_DESKTOP names (GNOME and its kin, KDE Plasma,
 // Xfce), then the X root window's pixmap as tools like feh set it. Asked in
-// that order; nothing found means glass. `clock` times slideshows and must
-// outlive the source. Needs the QGuiApplication to exist.
-std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource(app::Clock& clock);
+// that order; nothing found means glass. Slideshows are read at `clock`'s
+// time; it must outlive the source. Needs the QGuiApplication to exist.
+std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource(const app::Clock& clock);
 
 // Whether a compositor draws translucent windows over the desktop now: on
 // X11 the owner of _NET_WM_CM_S<screen>; always on Wayland and macOS;

@@ -95,7 +95,7 @@ void AppDelegate::launch() {
 
   // The background: rendered in the background, never waited for.
   pictures_ = platform::makeDesktopPictureSource(clock_);
-  background_ = std::make_unique<BackgroundModel>(*pictures_);
+  background_ = std::make_unique<BackgroundModel>(*pictures_, clock_);
   background_->setSettings(settings_->settings());
   background_->attach(*overlay_->window(), platform::makeCompositorProbe());
   connect(settings_.get(), &SettingsStore::settingsChanged, background_.get(),

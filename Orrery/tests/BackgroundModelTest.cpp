@@ -17,6 +17,7 @@
 
 #include "Orrery/appearance/BackgroundModel.h"
 #include "Orrery/tests/LogCapture.h"
+#include "Orrery/tests/ManualClock.h"
 
 namespace orrery::app {
 namespace {
@@ -70,8 +71,9 @@ class FakePictures final : public DesktopPictureSource {
  public:
   std::optional<DesktopPicture> current() override {
     if (name.isEmpty()) return std::nullopt;
-    return DesktopPicture{name, [](QSize) -> std::expected<QImage, QString> { return QImage(); }};
+    return DesktopPicture{name, [](QSize) -> std::expected<QImage, QString> { return QImage(); }, changesIn};
   }
+  std::optional<std::chrono::seconds> changesIn;
   void set(const QString& picture) {
     name = picture;
     announceChange();
@@ -96,7 +98,7 @@ class BackgroundModelTest : public ::testing::Test {
  protected:
   void SetUp() override {
     pictures.name = QStringLiteral("/pictures/dunes.jpg");
-    model = std::make_unique<BackgroundModel>(pictures, gate.renderer());
+    model = std::make_unique<BackgroundModel>(pictures, clock, gate.renderer());
   }
   void TearDown() override {
     gate.releaseAll();
@@ -116,6 +118,7 @@ class BackgroundModelTest : public ::testing::Test {
   }
 
   GatedRenderer gate;
+  testing::ManualClock clock;
   FakePictures pictures;
   std::unique_ptr<BackgroundModel> model;
 };
@@ -253,6 +256,21 @@ TEST_F(BackgroundModelTest, GlassShowsTheDesktopWhereAComposerRunsElseADarkerBlu
   ASSERT_TRUE(QTest::qWaitFor([&] { return !model->picture().isEmpty(); }, 5000));
   EXPECT_GE(model->veil(), 0.4);
   EXPECT_TRUE(model->isDark());
+}
+
+TEST_F(BackgroundModelTest, ASlideshowIsAskedAgainWhenItMovesOn) {
+  pictures.changesIn = std::chrono::seconds(90);
+  model->setDisplays({{7, {1280, 800}}}, 7);
+  ASSERT_TRUE(waitForCalls(1));
+  gate.release(key("/pictures/dunes.jpg"), filled({1280, 800}, Qt::blue));
+  // The desktop's slideshow moves on without telling anyone.
+  pictures.name = QStringLiteral("/pictures/slide-2.jpg");
+  clock.advance(std::chrono::seconds(60));
+  QTest::qWait(20);
+  EXPECT_EQ(gate.calls().size(), 1u);
+  clock.advance(std::chrono::seconds(31));
+  ASSERT_TRUE(waitForCalls(2));
+  EXPECT_EQ(gate.calls().at(1), key("/pictures/slide-2.jpg"));
 }
 
 TEST_F(BackgroundModelTest, NoPictureAtAllIsGlass) {

@@ -63,19 +63,19 @@ QString readFile(QXmlStreamReader& xml) {
 
 }  // namespace
 
-std::unique_ptr<GnomeWallpaperSource> GnomeWallpaperSource::fromSettings(app::Clock& clock) {
+std::unique_ptr<GnomeWallpaperSource> GnomeWallpaperSource::fromSettings(Now now) {
   if (!hasKey("org.gnome.desktop.background", "picture-uri")) return nullptr;
   GSettings* background = g_settings_new("org.gnome.desktop.background");
   GSettings* interface = hasKey("org.gnome.desktop.interface", "color-scheme")
                              ? g_settings_new("org.gnome.desktop.interface")
                              : nullptr;
   return std::unique_ptr<GnomeWallpaperSource>(new GnomeWallpaperSource(
-      clock, background, interface, hasKey("org.gnome.desktop.background", "picture-uri-dark")));
+      std::move(now), background, interface, hasKey("org.gnome.desktop.background", "picture-uri-dark")));
 }
 
-GnomeWallpaperSource::GnomeWallpaperSource(app::Clock& clock, GSettings* background, GSettings* interface,
+GnomeWallpaperSource::GnomeWallpaperSource(Now now, GSettings* background, GSettings* interface,
                                            bool hasDarkPicture)
-    : clock_(clock), background_(background), interface_(interface), hasDarkPicture_(hasDarkPicture) {
+    : now_(std::move(now)), background_(background), interface_(interface), hasDarkPicture_(hasDarkPicture) {
   const auto callback = reinterpret_cast<GCallback>(&GnomeWallpaperSource::onChanged);
   g_signal_connect(background_, "changed", callback, this);
   if (interface_ != nullptr) g_signal_connect(interface_, "changed::color-scheme", callback, this);
@@ -99,7 +99,6 @@ QString GnomeWallpaperSource::chosenUri(const QString& lightUri, const QString& 
 }
 
 std::optional<app::DesktopPicture> GnomeWallpaperSource::current() {
-  nextSlide_.cancel();
   if (stringSetting(background_, "picture-options") == QLatin1String("none")) return std::nullopt;
   const bool prefersDark =
       interface_ != nullptr && stringSetting(interface_, "color-scheme") == QLatin1String("prefer-dark");
@@ -111,13 +110,11 @@ std::optional<app::DesktopPicture> GnomeWallpaperSource::current() {
   if (path.isEmpty()) return std::nullopt;
   if (!path.endsWith(QLatin1String(".xml"), Qt::CaseInsensitive)) return pictureFile(path);
 
-  const auto now = std::chrono::duration_cast<std::chrono::milliseconds>(clock_.now().time_since_epoch());
-  const auto frame = slideshowFrame(path, QDateTime::fromMSecsSinceEpoch(now.count()));
+  const auto frame = slideshowFrame(path, now_());
   if (!frame) return std::nullopt;
-  // Ask again just after the slideshow moves on.
-  if (frame->remaining > std::chrono::seconds(0))
-    nextSlide_ = clock_.runAfter(frame->remaining + std::chrono::seconds(1), [this] { announceChange(); });
-  return pictureFile(frame->file);
+  app::DesktopPicture picture = pictureFile(frame->file);
+  if (frame->remaining > std::chrono::seconds(0)) picture.changesIn = frame->remaining;
+  return picture;
 }
 
 std::optional<GnomeWallpaperSource::SlideshowFrame> GnomeWallpaperSource::slideshowFrame(const QString& xmlFile,

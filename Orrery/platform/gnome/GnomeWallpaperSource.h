@@ -7,7 +7,7 @@
 // picture. The URI may name an XML slideshow: a start time and a cycle of
 // static pictures and transitions, each with a duration; the picture of
 // the moment is taken (a transition counts as the picture it leads to),
-// and the source announces a change when the slideshow moves on.
+// with the time until the slideshow moves on.
 //
 // GSettings signals arrive through GLib's main context, which Qt's event
 // loop runs on Linux.
@@ -19,11 +19,11 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 
 #include "Orrery/appearance/DesktopPictureSource.h"
-#include "Orrery/base/Clock.h"
 
 using GSettings = struct _GSettings;
 
@@ -38,8 +38,11 @@ class GnomeWallpaperSource final : public app::DesktopPictureSource {
     friend bool operator==(const SlideshowFrame&, const SlideshowFrame&) = default;
   };
 
-  // Nothing when GNOME's background schema is not installed.
-  static std::unique_ptr<GnomeWallpaperSource> fromSettings(app::Clock& clock);
+  using Now = std::function<QDateTime()>;
+
+  // Nothing when GNOME's background schema is not installed. `now` is the
+  // wall time slideshows are read at.
+  static std::unique_ptr<GnomeWallpaperSource> fromSettings(Now now);
   ~GnomeWallpaperSource() override;
 
   std::optional<app::DesktopPicture> current() override;
@@ -52,14 +55,13 @@ class GnomeWallpaperSource final : public app::DesktopPictureSource {
   static std::optional<SlideshowFrame> slideshowFrame(const QString& xmlFile, const QDateTime& now);
 
  private:
-  GnomeWallpaperSource(app::Clock& clock, GSettings* background, GSettings* interface, bool hasDarkPicture);
+  GnomeWallpaperSource(Now now, GSettings* background, GSettings* interface, bool hasDarkPicture);
   static void onChanged(GSettings* settings, const char* key, void* self);
 
-  app::Clock& clock_;
+  Now now_;
   GSettings* background_;
   GSettings* interface_;  // null without a colour scheme key
   bool hasDarkPicture_;
-  app::ScheduledAction nextSlide_;
 };
 
 }  // namespace orrery::platform

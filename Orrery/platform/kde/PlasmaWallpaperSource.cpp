@@ -141,7 +141,7 @@ std::optional<QString> PlasmaWallpaperSource::pictureIn(const QString& configFil
   const QUrl url(chosen->image);
   const QString path = url.isLocalFile() ? url.toLocalFile() : chosen->image;
   if (!QFileInfo(path).isAbsolute()) return std::nullopt;
-  if (QFileInfo(path).isDir()) return packagePicture(path, screenPixels);
+  if (QFileInfo(path).isDir()) return packagePicture(QDir::cleanPath(path), screenPixels);
   return QDir::cleanPath(path);
 }
 
