@@ -125,7 +125,7 @@ QImage WallpaperBlur::render(const QImage& picture, QSize displayPixels) {
   if (picture.isNull() || displayPixels.isEmpty()) return {};
   QImage work = covering(picture, workSize(displayPixels)).convertToFormat(QImage::Format_RGB32);
   gaussianBlur(work, sigmaPerHeight * displayPixels.height() / workDivisor);
-  return work.scaled(displayPixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+  return work;
 }
 
 }  // namespace orrery::app

@@ -38,9 +38,10 @@ void WallpaperCache::refresh(const std::map<std::uint32_t, Wanted>& displays) {
       timer.start();
       Result result = renderer(key, picture);
       if (result) {
+        // The display's size: what the render is for and is drawn at.
         qCInfo(appearanceLog, "Schreibtischbild weichgezeichnet: erfolgreich in %.*f ms (%ld×%ld)", 1,
-               static_cast<double>(timer.nsecsElapsed()) / 1e6, static_cast<long>(result->width()),
-               static_cast<long>(result->height()));
+               static_cast<double>(timer.nsecsElapsed()) / 1e6, static_cast<long>(key.pixelWidth),
+               static_cast<long>(key.pixelHeight));
       }
       // Back on the main thread; dropped if the cache is gone by then.
       QMetaObject::invokeMethod(

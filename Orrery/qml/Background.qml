@@ -25,7 +25,8 @@ Item {
             id: picture
             anchors.fill: parent
             source: background.model ? background.model.picture : ""
-            // The render has the screen's pixel size already.
+            // Rendered at a quarter of the screen's size: a blur that wide
+            // loses nothing to bilinear stretching.
             fillMode: Image.Stretch
             smooth: true
             cache: false
