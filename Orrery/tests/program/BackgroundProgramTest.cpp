@@ -136,6 +136,20 @@ TEST_F(BackgroundProgramTest, APictureSetWithFehShowsBlurredBehindTheGrid) {
   }
   EXPECT_NE(log().find("Schreibtischbild weichgezeichnet: erfolgreich in "), std::string::npos) << log();
   EXPECT_NE(log().find(" ms (1280×800)"), std::string::npos) << log();
+
+  // A new picture while the overlay is up: white on the left now.
+  const fs::path next = tree() / "next.png";
+  ASSERT_TRUE(session->run({"convert", "-size", "1280x800", "xc:white", "-fill", "black", "-draw",
+                            "rectangle 640,0 1279,799", next.string()})
+                  .succeeded());
+  ASSERT_TRUE(session->run({"feh", "--no-fehbg", "--bg-scale", next.string()}).succeeded());
+  EXPECT_TRUE(session->waitUntil(
+      [&] {
+        screen = screenshot();
+        return screen && screen->at(100, y).brightness() > 150 && screen->at(1180, y).brightness() < 40;
+      },
+      20s))
+      << log();
 }
 
 TEST_F(BackgroundProgramTest, ALightSolidColourGetsDarkLabels) {
