@@ -149,6 +149,8 @@ void BackgroundModel::attach(QQuickView& view, std::function<bool()> composited)
   window.setFormat(format);
   window.setColor(Qt::transparent);
 
+  // Known before the screens are, so glass over a compositor starts no render.
+  if (composited) setComposited(composited());
   connect(&window, &QWindow::visibleChanged, this, [this, composited = std::move(composited)](bool visible) {
     if (!visible) return;
     if (composited) setComposited(composited());
@@ -166,7 +168,6 @@ void BackgroundModel::attach(QQuickView& view, std::function<bool()> composited)
   });
   connect(qGuiApp, &QGuiApplication::screenRemoved, this, &BackgroundModel::followScreens,
           Qt::QueuedConnection);
-  if (composited) setComposited(composited());
   followScreens();
 }
 

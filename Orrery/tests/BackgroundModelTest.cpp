@@ -2,6 +2,7 @@
 // (WallpaperCache) driven by BackgroundModel with a renderer the test
 // releases by hand, and what the view is told to draw.
 #include <QQuickImageProvider>
+#include <QQuickView>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -271,6 +272,22 @@ TEST_F(BackgroundModelTest, ASlideshowIsAskedAgainWhenItMovesOn) {
   clock.advance(std::chrono::seconds(31));
   ASSERT_TRUE(waitForCalls(2));
   EXPECT_EQ(gate.calls().at(1), key("/pictures/slide-2.jpg"));
+}
+
+TEST_F(BackgroundModelTest, AttachedToAWindowOverACompositorGlassStartsNoRender) {
+  model->setSettings(withBackground(BackgroundStyle::glass));
+  QQuickView view;
+  int probes = 0;
+  model->attach(view, [&] {
+    ++probes;
+    return true;
+  });
+  view.show();
+  EXPECT_GE(probes, 2);  // when attached, and again when shown
+  EXPECT_EQ(view.requestedFormat().alphaBufferSize(), 8);
+  EXPECT_LT(model->fill().alpha(), 255);
+  QTest::qWait(20);
+  EXPECT_TRUE(gate.calls().empty());
 }
 
 TEST_F(BackgroundModelTest, NoPictureAtAllIsGlass) {
