@@ -1,5 +1,6 @@
 // orrery: the application launcher. Builds the application object and the
-// AppDelegate, which makes and wires every service.
+// AppDelegate, which makes and wires every service; or, when Orrery already
+// runs in this session, hands the command line to it and ends.
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QQuickWindow>
@@ -11,6 +12,7 @@
 #include "Orrery/base/Logging.h"
 #include "Orrery/platform/PlatformFactory.h"
 #include "Orrery/shell/AppDelegate.h"
+#include "Orrery/shell/CommandLine.h"
 #include "Orrery/shell/SingleInstance.h"
 #include "Orrery/shell/TerminationSignals.h"
 
@@ -20,30 +22,25 @@ int main(int argc, char* argv[]) {
   QApplication::setOrganizationDomain(QStringLiteral("lumenfold.ch"));
   QApplication::setApplicationName(QStringLiteral("Orrery"));
   QApplication::setApplicationVersion(QStringLiteral(ORRERY_VERSION));
-  // Runs in the background; later its windows come and go.
+  QApplication::setDesktopFileName(QStringLiteral("ch.lumenfold.Orrery"));
+  // Runs in the background; its windows come and go.
   QApplication::setQuitOnLastWindowClosed(false);
 
-  QCommandLineParser commandLine;
-  commandLine.setApplicationDescription(QStringLiteral("A full-screen application launcher."));
-  commandLine.addHelpOption();
-  commandLine.addVersionOption();
-  const QCommandLineOption showOverlay(
-      QStringLiteral("show-overlay"), QStringLiteral("Show the overlay as soon as the program has started."));
-  commandLine.addOption(showOverlay);
-  const QCommandLineOption showFolder(QStringLiteral("show-folder"),
-                                      QStringLiteral("Show the overlay with the folder of this name open."),
-                                      QStringLiteral("NAME"));
-  commandLine.addOption(showFolder);
-  const QCommandLineOption perfTest(
-      QStringLiteral("perf-test"),
-      QStringLiteral(
-          "Show the overlay, page through it and search, log how long each frame took, and quit."));
-  commandLine.addOption(perfTest);
-  const QCommandLineOption triggerTest(
-      QStringLiteral("trigger-test"),
-      QStringLiteral("Run the checks of the hot corner and the shortcut, log each result, and quit."));
-  commandLine.addOption(triggerTest);
-  commandLine.process(application);
+  QCommandLineParser parser;
+  orrery::app::CommandLine::describe(parser);
+  parser.process(application);
+  const auto commandLine = orrery::app::CommandLine::from(parser);
+
+  const auto location = orrery::platform::instanceLocation();
+  auto instance = orrery::app::InstanceChannel::claim(QApplication::arguments(),
+                                                      {location.sessionBus, location.runtimeFolder});
+  if (instance.handedOver) {
+    qCInfo(orrery::app::shellLog, "Orrery läuft bereits; die Befehlszeile wurde übergeben");
+    return 0;
+  }
+  if (!instance.channel) {
+    qCWarning(orrery::app::shellLog, "Kein Kanal für weitere Starts: %s", qUtf8Printable(instance.problem));
+  }
 
   const auto dataDirectory = orrery::app::AppDelegate::defaultDataDirectory();
   const auto claim = orrery::app::claimDataDirectory(dataDirectory);
@@ -63,20 +60,18 @@ int main(int argc, char* argv[]) {
   }
 
   orrery::app::AppDelegate delegate(dataDirectory);
-  QTimer::singleShot(0, &delegate,
-                     [&delegate, show = commandLine.isSet(showOverlay), perf = commandLine.isSet(perfTest),
-                      folder = commandLine.isSet(showFolder) ? std::optional(commandLine.value(showFolder))
-                                                             : std::nullopt,
-                      trigger = commandLine.isSet(triggerTest)] {
-                       delegate.launch();
-                       if (perf)
-                         delegate.runPerfTest();
-                       else if (trigger)
-                         delegate.runTriggerTest();
-                       else if (folder)
-                         delegate.showFolder(*folder);
-                       else if (show)
-                         delegate.showOverlay(QStringLiteral("--show-overlay"));
+  if (instance.channel) {
+    QObject::connect(instance.channel.get(), &orrery::app::InstanceChannel::commandLineReceived, &delegate,
+                     [&delegate](const QStringList& arguments) {
+                       const auto later = orrery::app::CommandLine::read(arguments);
+                       if (!later) {
+                         qCWarning(orrery::app::shellLog, "Befehlszeile eines weiteren Starts verworfen: %s",
+                                   qUtf8Printable(later.error()));
+                         return;
+                       }
+                       delegate.handleCommandLine(*later, true);
                      });
+  }
+  QTimer::singleShot(0, &delegate, [&delegate, commandLine] { delegate.start(commandLine); });
   return QApplication::exec();
 }

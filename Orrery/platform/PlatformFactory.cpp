@@ -4,7 +4,9 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QPalette>
 #include <QSettings>
+#include <QStandardPaths>
 
 #include <cstdlib>
 #include <initializer_list>
@@ -299,6 +301,25 @@ std::function<bool()> makeCompositorProbe() {
 #endif
   const bool composited = platform.startsWith(QLatin1String("wayland")) || platform == QLatin1String("cocoa");
   return [composited] { return composited; };
+}
+
+InstanceLocation instanceLocation() {
+  const VariableLookup variables = processVariables();
+  const char* bus = variables("DBUS_SESSION_BUS_ADDRESS");
+  InstanceLocation location;
+  location.sessionBus = bus != nullptr && *bus != '\0';
+  location.runtimeFolder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+  return location;
+}
+
+bool trayPanelIsDark() {
+  const char* desktops = processVariables()("XDG_CURRENT_DESKTOP");
+  if (desktops != nullptr) {
+    for (const QString& desktop : QString::fromUtf8(desktops).split(u':')) {
+      if (desktop == u"GNOME" || desktop == u"Unity" || desktop == u"Pantheon" || desktop == u"ubuntu") return true;
+    }
+  }
+  return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
 }
 
 }  // namespace orrery::platform

@@ -98,4 +98,18 @@ std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource(const app::C
 // never elsewhere (offscreen). Main thread.
 std::function<bool()> makeCompositorProbe();
 
+// Where the session's running program is found: the session bus when one
+// is set up for the process (DBUS_SESSION_BUS_ADDRESS), else a local socket
+// in the runtime folder ($XDG_RUNTIME_DIR, Qt's fallback where unset).
+struct InstanceLocation {
+  bool sessionBus = false;
+  QString runtimeFolder;
+};
+InstanceLocation instanceLocation();
+
+// The tray's panel is dark: GNOME's and its relatives' top bars are dark in
+// every theme; elsewhere the panel follows the colour scheme, which the
+// application's palette shows.
+bool trayPanelIsDark();
+
 }  // namespace orrery::platform

@@ -1,8 +1,10 @@
 #include "Orrery/shell/AppDelegate.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QIcon>
 #include <QTimer>
+#include <QSystemTrayIcon>
 
 #include <string>
 #include <string_view>
@@ -140,6 +142,13 @@ void AppDelegate::launch() {
       [this](bool suspended, const std::optional<TriggerSettings>& restoring) {
         setHotKeySuspended(suspended, restoring);
       });
+  if (!trayAvailable_) trayAvailable_ = [] { return QSystemTrayIcon::isSystemTrayAvailable(); };
+  trayItem_ = std::make_unique<TrayItem>(*settings_, trayAvailable_, platform::trayPanelIsDark());
+  connect(trayItem_.get(), &TrayItem::toggleRequested, this, &AppDelegate::toggleOverlay);
+  connect(trayItem_.get(), &TrayItem::showRequested, this, [this] { showOverlay(QStringLiteral("tray")); });
+  connect(trayItem_.get(), &TrayItem::settingsRequested, this, &AppDelegate::openSettings);
+  connect(trayItem_.get(), &TrayItem::quitRequested, QCoreApplication::instance(), &QCoreApplication::quit,
+          Qt::QueuedConnection);
 
   qCInfo(shellLog, "Orrery gestartet; Daten in %s", dataDirectory_.c_str());
 }
@@ -177,6 +186,60 @@ void AppDelegate::runPerfTest() {
 
 void AppDelegate::showOverlay(const QString& label) {
   if (overlay_) overlay_->show(nullptr, label);
+}
+
+void AppDelegate::start(const CommandLine& commandLine) {
+  launch();
+  // The first run opens the settings once, before what the start asked
+  // for: a start that asked for the overlay (a key bound to --toggle) gets
+  // it, above the window, which waits behind it.
+  if (!commandLine.perfTest && !settings_->settings().firstRunDone) {
+    openSettings();
+    Settings settings = settings_->settings();
+    settings.firstRunDone = true;
+    settings_->setSettings(settings);
+  }
+  handleCommandLine(commandLine, false);
+}
+
+void AppDelegate::handleCommandLine(const CommandLine& commandLine, bool later) {
+  if (!launched_) return;
+  if (commandLine.perfTest && !later) runPerfTest();
+  if (commandLine.showOverlay) showOverlay(QStringLiteral("--show-overlay"));
+  if (commandLine.showFolder) showFolder(*commandLine.showFolder);
+  if (commandLine.openSettings) openSettings();
+  if (commandLine.toggle) toggleOverlay();
+  // A plain re-launch: the tray item is the way to the settings; without
+  // it on a panel, the window is.
+  if (later && !commandLine.hasAction() && !trayItem_->isShown()) openSettings();
+}
+
+void AppDelegate::toggleOverlay() {
+  if (!overlay_) return;
+  if (overlay_->isVisible()) {
+    overlay_->hide();
+  } else {
+    overlay_->show(nullptr, QStringLiteral("toggle"));
+  }
+}
+
+void AppDelegate::openSettings() {
+  if (!launched_) return;
+  if (overlay_ && overlay_->isVisible()) overlay_->hide();
+  if (!settingsWindow_) {
+    settingsWindow_ = std::make_unique<SettingsWindow>(SettingsWindow::Services{
+        .settings = *settings_,
+        .arrangement = *arrangement_,
+        .catalog = *catalog_,
+        .icons = &icons_->store(),
+        .launchAtLogin = launchAtLogin_.get(),
+        .trayAvailable = trayAvailable_,
+        .dataDirectory = dataDirectory_,
+    });
+  }
+  settingsWindow_->show();
+  settingsWindow_->raise();
+  settingsWindow_->activateWindow();
 }
 
 void AppDelegate::showFolder(const QString& name) {

@@ -11,9 +11,17 @@
 // the settings' launchAtLogin show what the system will do.
 //
 // launch() also builds the overlay (its model and its window, hidden) and
-// keeps the model in step with the arrangement, the apps and the settings.
-// The tray icon, the triggers and the sync engine come later and will be
-// created there too.
+// keeps the model in step with the arrangement, the apps and the settings,
+// and puts the tray item on the panel. The settings window is built the
+// first time it opens. The triggers and the sync engine come later and
+// will be created there too.
+//
+// start() is launch() followed by what the command line asked for and, on
+// the very first run, the settings window. handleCommandLine() is also
+// where later starts of the program arrive (through the SingleInstance
+// channel): a start with nothing to do is a re-launch, which opens the
+// settings when the tray item is not on a panel, since the window is then
+// the only way back to the settings.
 //
 // Thread rules: main thread only.
 #pragma once
@@ -21,6 +29,7 @@
 #include <QObject>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -42,6 +51,9 @@
 #include "Orrery/triggers/KeyboardLayout.h"
 #include "Orrery/triggers/ShortcutRecorder.h"
 #include "Orrery/triggers/TriggerController.h"
+#include "Orrery/settings/SettingsWindow.h"
+#include "Orrery/shell/CommandLine.h"
+#include "Orrery/shell/TrayItem.h"
 #include "OrreryCore/sync/SyncStateStore.h"
 
 namespace orrery::app {
@@ -58,6 +70,19 @@ class AppDelegate final : public QObject {
   ~AppDelegate() override;
 
   void launch();
+  // launch(), the command line, and the settings window on the first run.
+  void start(const CommandLine& commandLine);
+  // What a start asked for; `later` for a start while this one ran.
+  void handleCommandLine(const CommandLine& commandLine, bool later);
+
+  void toggleOverlay();
+  // Hides the overlay and brings the settings window to the front.
+  void openSettings();
+  // The overlay with the folder called `name` open.
+  void showFolder(const QString& name);
+  // Whether the desktop has a tray; Qt is asked unless this is set before
+  // launch() (tests run where there is none).
+  void setTrayAvailability(std::function<bool()> available) { trayAvailable_ = std::move(available); }
   // Shows the overlay; `label` names the occasion in the show-time log.
   void showOverlay(const QString& label);
   // Shows the overlay with the first folder of that name open; when there
@@ -85,6 +110,10 @@ class AppDelegate final : public QObject {
   SettingsStore& settings() { return *settings_; }
   // Null before launch().
   OverlayController* overlay() { return overlay_.get(); }
+  // Null before launch().
+  TrayItem* trayItem() { return trayItem_.get(); }
+  // Null until the settings window first opened.
+  SettingsWindow* settingsWindow() { return settingsWindow_.get(); }
   // The sync state the sync engine will start from; set by launch().
   const std::optional<SyncStateStore::LoadResult>& startupSyncState() const { return startupSyncState_; }
 
@@ -115,6 +144,9 @@ class AppDelegate final : public QObject {
   std::unique_ptr<TriggerController> triggers_;  // after overlay_, which it toggles
   std::unique_ptr<KeyboardLayout> keyboardLayout_;
   std::unique_ptr<ShortcutRecorder> shortcutRecorder_;  // after triggers_ and the layout
+  std::function<bool()> trayAvailable_;
+  std::unique_ptr<TrayItem> trayItem_;
+  std::unique_ptr<SettingsWindow> settingsWindow_;
   bool perfStarted_ = false;
   bool launched_ = false;
 };

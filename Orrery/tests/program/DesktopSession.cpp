@@ -286,6 +286,9 @@ DesktopSession::~DesktopSession() { stop(); }
 std::expected<std::unique_ptr<DesktopSession>, std::string> DesktopSession::start(Options options) {
   std::unique_ptr<DesktopSession> session(new DesktopSession(std::move(options)));
   if (session->folder().empty()) return std::unexpected("cannot make a temporary folder");
+  std::error_code error;
+  fs::create_directories(session->runtimeFolder(), error);
+  fs::permissions(session->runtimeFolder(), fs::perms::owner_all, error);
   auto started = session->startServer();
   if (started && session->options_.monitors > 1) started = session->splitIntoMonitors();
   if (started && session->options_.sessionBus) started = session->startBus();
@@ -425,7 +428,7 @@ std::vector<std::string> DesktopSession::environment(const std::vector<std::stri
   std::vector<std::string> result;
   auto replaced = [&](std::string_view name) {
     if (name == "DISPLAY" || name == "WAYLAND_DISPLAY" || name == "XAUTHORITY" ||
-        name == "DBUS_SESSION_BUS_ADDRESS") {
+        name == "DBUS_SESSION_BUS_ADDRESS" || name == "XDG_RUNTIME_DIR") {
       return true;
     }
     for (const std::string& variable : overrides) {
@@ -438,6 +441,9 @@ std::vector<std::string> DesktopSession::environment(const std::vector<std::stri
   }
   if (!display_.empty()) result.push_back("DISPLAY=" + display_);
   if (!busAddress_.empty()) result.push_back("DBUS_SESSION_BUS_ADDRESS=" + busAddress_);
+  // A runtime folder of its own: what a program keeps there (the socket of
+  // the one running instance) must not meet another session's.
+  if (!runtimeFolder().empty()) result.push_back("XDG_RUNTIME_DIR=" + runtimeFolder().string());
   for (const std::string& variable : overrides) result.push_back(variable);
   return result;
 }
