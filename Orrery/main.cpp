@@ -62,15 +62,7 @@ int main(int argc, char* argv[]) {
   orrery::app::AppDelegate delegate(dataDirectory);
   if (instance.channel) {
     QObject::connect(instance.channel.get(), &orrery::app::InstanceChannel::commandLineReceived, &delegate,
-                     [&delegate](const QStringList& arguments) {
-                       const auto later = orrery::app::CommandLine::read(arguments);
-                       if (!later) {
-                         qCWarning(orrery::app::shellLog, "Befehlszeile eines weiteren Starts verworfen: %s",
-                                   qUtf8Printable(later.error()));
-                         return;
-                       }
-                       delegate.handleCommandLine(*later, true);
-                     });
+                     &orrery::app::AppDelegate::handleLaterStart);
   }
   QTimer::singleShot(0, &delegate, [&delegate, commandLine] { delegate.start(commandLine); });
   return QApplication::exec();

@@ -214,6 +214,15 @@ void AppDelegate::handleCommandLine(const CommandLine& commandLine, bool later) 
   if (later && !commandLine.hasAction() && !trayItem_->isShown()) openSettings();
 }
 
+void AppDelegate::handleLaterStart(const QStringList& arguments) {
+  const auto commandLine = CommandLine::read(arguments);
+  if (!commandLine) {
+    qCWarning(shellLog, "Befehlszeile eines weiteren Starts verworfen: %s", qUtf8Printable(commandLine.error()));
+    return;
+  }
+  handleCommandLine(*commandLine, true);
+}
+
 void AppDelegate::toggleOverlay() {
   if (!overlay_) return;
   if (overlay_->isVisible()) {

@@ -74,6 +74,10 @@ class AppDelegate final : public QObject {
   void start(const CommandLine& commandLine);
   // What a start asked for; `later` for a start while this one ran.
   void handleCommandLine(const CommandLine& commandLine, bool later);
+  // A later start's whole command line (program name first), as the
+  // SingleInstance channel delivers it; a line that does not parse is
+  // logged and dropped.
+  void handleLaterStart(const QStringList& arguments);
 
   void toggleOverlay();
   // Hides the overlay and brings the settings window to the front.
@@ -110,6 +114,7 @@ class AppDelegate final : public QObject {
   SettingsStore& settings() { return *settings_; }
   // Null before launch().
   OverlayController* overlay() { return overlay_.get(); }
+  OverlayModel* overlayModel() { return overlayModel_.get(); }
   // Null before launch().
   TrayItem* trayItem() { return trayItem_.get(); }
   // Null until the settings window first opened.

@@ -23,7 +23,7 @@ namespace orrery::app {
 struct CommandLine {
   bool toggle = false;
   bool showOverlay = false;
-  std::optional<QString> showFolder;
+  std::optional<QString> showFolder{};
   bool openSettings = false;
   bool perfTest = false;
   bool listApps = false;
