@@ -92,8 +92,9 @@ QLabel* noteLabel(const QString& text, QWidget* parent) {
   return label;
 }
 
-// A pane: a bold heading, then its content, top-aligned.
-QWidget* makePane(const QString& heading, QLayout* content) {
+// A pane: a bold heading, then its content, top-aligned; or, with `fill`,
+// the content takes the height.
+QWidget* makePane(const QString& heading, QLayout* content, bool fill = false) {
   auto* pane = new QWidget;
   auto* layout = new QVBoxLayout(pane);
   auto* title = new QLabel(heading, pane);
@@ -104,8 +105,8 @@ QWidget* makePane(const QString& heading, QLayout* content) {
   title->setAccessibleName(heading);
   layout->addWidget(title);
   layout->addSpacing(6);
-  layout->addLayout(content);
-  layout->addStretch(1);
+  layout->addLayout(content, fill ? 1 : 0);
+  if (!fill) layout->addStretch(1);
   return pane;
 }
 
@@ -155,6 +156,7 @@ SettingsWindow::SettingsWindow(Services services, QWidget* parent)
   paneList_ = new QListWidget(this);
   paneList_->setObjectName(QStringLiteral("paneList"));
   paneList_->setAccessibleName(tr("Settings pages"));
+  paneList_->setSpacing(3);
   panes_ = new QStackedWidget(this);
   const std::pair<QString, QWidget*> pages[] = {
       {tr("General"), buildGeneral()},     {tr("Trigger"), buildTrigger()}, {tr("Appearance"), buildAppearance()},
@@ -194,6 +196,9 @@ void SettingsWindow::showEvent(QShowEvent* event) {
   // The user may have changed the autostart entry meanwhile.
   if (services_.launchAtLogin) services_.launchAtLogin->refresh();
   QWidget::showEvent(event);
+  // The keyboard starts on the list of panes: the arrows choose one, Tab
+  // goes into it.
+  if (!focusWidget()) paneList_->setFocus(Qt::ActiveWindowFocusReason);
 }
 
 void SettingsWindow::edit(const std::function<void(Settings&)>& change) {
@@ -358,6 +363,7 @@ QWidget* SettingsWindow::buildHiddenApps() {
   hiddenRows_->setContentsMargins(0, 0, 0, 0);
   hiddenRows_->addStretch(1);
   auto* scroll = new QScrollArea;
+  hiddenList_ = scroll;
   scroll->setObjectName(QStringLiteral("hiddenApps"));
   scroll->setWidgetResizable(true);
   scroll->setWidget(list);
@@ -366,11 +372,9 @@ QWidget* SettingsWindow::buildHiddenApps() {
   noHiddenApps_->setObjectName(QStringLiteral("noHiddenApps"));
   content->addWidget(noHiddenApps_);
   content->addWidget(scroll, 1);
-  QWidget* pane = makePane(tr("Hidden Apps"), content);
-  // The list takes the height, not the stretch under it.
-  static_cast<QVBoxLayout*>(pane->layout())->setStretch(pane->layout()->count() - 1, 0);
-  static_cast<QVBoxLayout*>(pane->layout())->setStretchFactor(content, 1);
-  return pane;
+  // Takes the height only while the list is hidden.
+  content->addStretch(0);
+  return makePane(tr("Hidden Apps"), content, true);
 }
 
 QWidget* SettingsWindow::buildSync() {
@@ -395,16 +399,20 @@ QWidget* SettingsWindow::buildAbout() {
   content->addWidget(version);
   content->addWidget(wrappedLabel(tr("A full-screen application launcher."), nullptr));
   content->addSpacing(12);
-  QFormLayout* form = makeForm();
-  auto* folder = new QLabel(QFile::decodeName(QByteArray::fromStdString(services_.dataDirectory.string())));
+  // Captions above their values: a path is long and must not be cut.
+  content->addWidget(new QLabel(tr("Data folder:")));
+  auto* folder = wrappedLabel(QFile::decodeName(QByteArray::fromStdString(services_.dataDirectory.string())), nullptr);
   folder->setObjectName(QStringLiteral("dataFolder"));
+  folder->setAccessibleName(tr("Data folder"));
   folder->setTextInteractionFlags(Qt::TextSelectableByKeyboard | Qt::TextSelectableByMouse);
-  folder->setWordWrap(true);
-  form->addRow(tr("Data folder:"), folder);
+  folder->setContentsMargins(12, 0, 0, 0);
+  content->addWidget(folder);
+  content->addSpacing(8);
+  content->addWidget(new QLabel(tr("Licence:")));
   auto* licence = wrappedLabel(tr("Copyright © Lumenfold. All rights reserved."), nullptr);
   licence->setObjectName(QStringLiteral("licence"));
-  form->addRow(tr("Licence:"), licence);
-  content->addLayout(form);
+  licence->setContentsMargins(12, 0, 0, 0);
+  content->addWidget(licence);
   return makePane(tr("About"), content);
 }
 
@@ -514,6 +522,7 @@ void SettingsWindow::refreshHiddenApps() {
     hiddenRows_->insertWidget(position++, row);
   }
   noHiddenApps_->setVisible(entries.empty());
+  hiddenList_->setVisible(!entries.empty());
 }
 
 void SettingsWindow::refreshStorageProblem() {

@@ -113,6 +113,7 @@ class SettingsWindow final : public QWidget {
   QPushButton* solidColour_ = nullptr;
 
   QVBoxLayout* hiddenRows_ = nullptr;
+  QWidget* hiddenList_ = nullptr;
   QLabel* noHiddenApps_ = nullptr;
 };
 
