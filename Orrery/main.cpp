@@ -8,13 +8,17 @@
 #include <QTimer>
 
 #include <optional>
+#include <iostream>
 
 #include "Orrery/base/Logging.h"
 #include "Orrery/platform/PlatformFactory.h"
 #include "Orrery/shell/AppDelegate.h"
+#include "Orrery/shell/AppListing.h"
 #include "Orrery/shell/CommandLine.h"
 #include "Orrery/shell/SingleInstance.h"
 #include "Orrery/shell/TerminationSignals.h"
+#include "OrreryCore/storage/LayoutStore.h"
+#include "OrreryCore/text/Collation.h"
 
 int main(int argc, char* argv[]) {
   QApplication application(argc, argv);
@@ -30,6 +34,13 @@ int main(int argc, char* argv[]) {
   orrery::app::CommandLine::describe(parser);
   parser.process(application);
   const auto commandLine = orrery::app::CommandLine::from(parser);
+  if (commandLine.listApps) {
+    // A look at the disk only: no running program is asked, nothing written.
+    orrery::text::setDefaultLocale(orrery::platform::collationLocale());
+    return orrery::app::listApps(orrery::platform::makeAppScanner(),
+                                 orrery::app::AppDelegate::defaultDataDirectory() / orrery::LayoutStore::mainFileName, commandLine.all,
+                                 std::cout, std::cerr);
+  }
 
   const auto location = orrery::platform::instanceLocation();
   auto instance = orrery::app::InstanceChannel::claim(QApplication::arguments(),

@@ -9,6 +9,7 @@
 #include <memory>
 #include <numeric>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -200,7 +201,7 @@ std::vector<BundleRecord> AppScanner::scan(const std::string& rootPath,
   return records;
 }
 
-std::vector<AppInfo> AppScanner::scan() const {
+std::vector<AppInfo> AppScanner::scan(std::vector<WithheldEntry>* withheld) const {
   if (!format || !reader) return {};
 
   const std::unique_ptr<BundleFormat::Reader> candidates = format->startScan();
@@ -215,11 +216,20 @@ std::vector<AppInfo> AppScanner::scan() const {
   std::vector<BundleRecord*> winners;
   winners.reserve(total);
   {
-    std::unordered_set<std::string_view> seen;
+    // Each id with the record that claimed it first.
+    std::unordered_map<std::string_view, const BundleRecord*> seen;
     seen.reserve(total);
-    for (auto& records : perRoot)
-      for (BundleRecord& record : records)
-        if (seen.insert(record.app.id).second && record.listed) winners.push_back(&record);
+    for (auto& records : perRoot) {
+      for (BundleRecord& record : records) {
+        const auto [first, isFirst] = seen.emplace(record.app.id, &record);
+        if (isFirst && record.listed) {
+          winners.push_back(&record);
+        } else if (withheld != nullptr) {
+          withheld->push_back({record.app.id, record.app.url,
+                               isFirst ? record.withheld : "masked by " + first->second->app.url});
+        }
+      }
+    }
   }
   std::vector<AppInfo> apps;
   apps.reserve(winners.size());

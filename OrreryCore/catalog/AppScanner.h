@@ -58,6 +58,15 @@ class DirectoryReader {
   static std::shared_ptr<const DirectoryReader> posix();
 };
 
+// A candidate that is not among the apps, and why: what the format said,
+// or that an entry with the same id in an earlier folder masks it.
+struct WithheldEntry {
+  std::string id;
+  std::string url;
+  std::string reason;
+  friend bool operator==(const WithheldEntry&, const WithheldEntry&) = default;
+};
+
 struct AppScanner {
   // The depth the application scans with.
   static constexpr int kDefaultMaxDepth = 2;
@@ -68,7 +77,10 @@ struct AppScanner {
   std::shared_ptr<const DirectoryReader> reader = DirectoryReader::posix();
 
   // The installed apps, in name order. Empty when there is no format.
-  std::vector<AppInfo> scan() const;
+  std::vector<AppInfo> scan() const { return scan(nullptr); }
+  // The same, and, when `withheld` is given, every other candidate with the
+  // reason, in the order found (roots in priority order).
+  std::vector<AppInfo> scan(std::vector<WithheldEntry>* withheld) const;
 
  private:
   std::vector<BundleRecord> scan(const std::string& root, BundleFormat::Reader& candidates) const;

@@ -29,8 +29,11 @@ namespace orrery {
 struct BundleRecord {
   AppInfo app;
   // False for a candidate that claims `app.id` but must not be shown. Only
-  // `app.id` is meaningful then.
+  // `app.id` and `app.url` are meaningful then.
   bool listed = true;
+  // Why it is not listed, in the format's own terms ("NoDisplay"); for
+  // people asking where an app went.
+  std::string withheld{};
 
   friend bool operator==(const BundleRecord&, const BundleRecord&) = default;
 };

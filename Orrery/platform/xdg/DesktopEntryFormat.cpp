@@ -112,25 +112,33 @@ class DesktopEntryReader final : public BundleFormat::Reader {
     record.app.id = std::string(relativePath);
     std::replace(record.app.id.begin(), record.app.id.end(), '/', '-');
     record.listed = false;
-    if (!g_utf8_validate(record.app.id.data(), static_cast<gssize>(record.app.id.size()), nullptr))
+    if (!g_utf8_validate(record.app.id.data(), static_cast<gssize>(record.app.id.size()), nullptr)) {
+      record.withheld = "ID is not UTF-8";
       return record;
+    }
 
     const OpenFolder::Location location = folder_.of(path);
     const auto status = readWholeFile(location, kMaxEntryBytes, bytes_);
-    if (!status) return record;
+    if (!status) {
+      record.withheld = "unreadable";
+      return record;
+    }
     file_.read(bytes_);
-    bool listed = false;
+    std::string_view withheld;
     if (!file_.needsGLib()) {
-      listed = isApplication(file_);
-      if (listed) record.app.name = localizedName(file_);
+      withheld = withheldReason(file_);
+      if (withheld.empty()) record.app.name = localizedName(file_);
     }
     // needsGLib() may also have been set by one of the questions.
     if (file_.needsGLib()) {
       const GLibDesktopEntry keys(bytes_);
-      listed = isApplication(keys);
-      record.app.name = listed ? localizedName(keys) : std::string();
+      withheld = withheldReason(keys);
+      record.app.name = withheld.empty() ? localizedName(keys) : std::string();
     }
-    if (!listed) return record;
+    if (!withheld.empty()) {
+      record.withheld = std::string(withheld);
+      return record;
+    }
 
     record.listed = true;
     if (record.app.name.empty()) {
@@ -142,21 +150,24 @@ class DesktopEntryReader final : public BundleFormat::Reader {
   }
 
  private:
+  // Why the entry is not an app to show, in the keys' own names; empty
+  // when it is one.
   template <class Keys>
-  bool isApplication(const Keys& keys) {
-    if (!keys.startsWithDesktopEntry()) return false;
-    if (keys.string("Type") != "Application") return false;
-    if (keys.boolean("Hidden") || keys.boolean("NoDisplay")) return false;
-    if (!shownIn(keys)) return false;
+  std::string_view withheldReason(const Keys& keys) {
+    if (!keys.startsWithDesktopEntry()) return "no [Desktop Entry] group";
+    if (keys.string("Type") != "Application") return "Type is not Application";
+    if (keys.boolean("Hidden")) return "Hidden";
+    if (keys.boolean("NoDisplay")) return "NoDisplay";
+    if (!shownIn(keys)) return "OnlyShowIn/NotShowIn";
     const std::optional<std::string> tryExec = keys.string("TryExec");
-    if (tryExec && !tryExec->empty() && !installed(*tryExec)) return false;
+    if (tryExec && !tryExec->empty() && !installed(*tryExec)) return "TryExec program not installed";
     // An Exec line whose program is not installed makes the entry unusable.
     const std::optional<std::string> exec = keys.string("Exec");
     if (exec && !exec->empty()) {
       const std::optional<std::string> program = commandProgram(*exec);
-      if (!program || !installed(*program)) return false;
+      if (!program || !installed(*program)) return "Exec program not installed";
     }
-    return true;
+    return {};
   }
 
   // OnlyShowIn/NotShowIn against the current desktops, in their order: the
