@@ -5,7 +5,10 @@
 #include <QCommandLineParser>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QTimer>
+#include <QTranslator>
 
 #include <optional>
 #include <iostream>
@@ -29,6 +32,17 @@ int main(int argc, char* argv[]) {
   QApplication::setDesktopFileName(QStringLiteral("ch.lumenfold.Orrery"));
   // Runs in the background; its windows come and go.
   QApplication::setQuitOnLastWindowClosed(false);
+
+  // The user's language, and Qt's own texts (the colour dialog) in it.
+  QTranslator ownTexts;
+  if (ownTexts.load(QLocale(), QStringLiteral("orrery"), QStringLiteral("_"), QStringLiteral(":/i18n"))) {
+    QApplication::installTranslator(&ownTexts);
+  }
+  QTranslator qtTexts;
+  if (qtTexts.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                   QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    QApplication::installTranslator(&qtTexts);
+  }
 
   QCommandLineParser parser;
   orrery::app::CommandLine::describe(parser);
