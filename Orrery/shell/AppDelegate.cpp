@@ -190,10 +190,12 @@ void AppDelegate::showOverlay(const QString& label) {
 
 void AppDelegate::start(const CommandLine& commandLine) {
   launch();
-  // The first run opens the settings once, before what the start asked
-  // for: a start that asked for the overlay (a key bound to --toggle) gets
-  // it, above the window, which waits behind it.
-  if (!commandLine.perfTest && !settings_->settings().firstRunDone) {
+  // The first run opens the settings once. A start that asked for the
+  // overlay (a key bound to --toggle, a test) gets just the overlay, with
+  // no window behind it to take the keyboard when it hides; the settings
+  // wait for the first start that asked for nothing in particular.
+  const bool overlayAsked = commandLine.toggle || commandLine.showOverlay || commandLine.showFolder;
+  if (!commandLine.perfTest && !overlayAsked && !settings_->settings().firstRunDone) {
     openSettings();
     Settings settings = settings_->settings();
     settings.firstRunDone = true;
