@@ -51,9 +51,10 @@ int main(int argc, char* argv[]) {
   if (commandLine.listApps) {
     // A look at the disk only: no running program is asked, nothing written.
     orrery::text::setDefaultLocale(orrery::platform::collationLocale());
-    return orrery::app::listApps(orrery::platform::makeAppScanner(),
-                                 orrery::app::AppDelegate::defaultDataDirectory() / orrery::LayoutStore::mainFileName, commandLine.all,
-                                 std::cout, std::cerr);
+    return orrery::app::listApps(
+        orrery::platform::makeAppScanner(),
+        orrery::app::AppDelegate::defaultDataDirectory() / orrery::LayoutStore::mainFileName, commandLine.all,
+        std::cout, std::cerr);
   }
 
   const auto location = orrery::platform::instanceLocation();

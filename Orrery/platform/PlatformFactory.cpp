@@ -316,7 +316,8 @@ bool trayPanelIsDark() {
   const char* desktops = processVariables()("XDG_CURRENT_DESKTOP");
   if (desktops != nullptr) {
     for (const QString& desktop : QString::fromUtf8(desktops).split(u':')) {
-      if (desktop == u"GNOME" || desktop == u"Unity" || desktop == u"Pantheon" || desktop == u"ubuntu") return true;
+      if (desktop == u"GNOME" || desktop == u"Unity" || desktop == u"Pantheon" || desktop == u"ubuntu")
+        return true;
     }
   }
   return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;

@@ -31,11 +31,16 @@ namespace {
 
 QString cornerName(Corner corner) {
   switch (corner) {
-    case Corner::none: return SettingsWindow::tr("None");
-    case Corner::topLeft: return SettingsWindow::tr("Top left");
-    case Corner::topRight: return SettingsWindow::tr("Top right");
-    case Corner::bottomLeft: return SettingsWindow::tr("Bottom left");
-    case Corner::bottomRight: return SettingsWindow::tr("Bottom right");
+    case Corner::none:
+      return SettingsWindow::tr("None");
+    case Corner::topLeft:
+      return SettingsWindow::tr("Top left");
+    case Corner::topRight:
+      return SettingsWindow::tr("Top right");
+    case Corner::bottomLeft:
+      return SettingsWindow::tr("Bottom left");
+    case Corner::bottomRight:
+      return SettingsWindow::tr("Bottom right");
   }
   return {};
 }
@@ -43,28 +48,38 @@ QString cornerName(Corner corner) {
 // The stored names come from the Mac; on Linux the same keys are called so.
 QString modifierName(CornerModifier modifier) {
   switch (modifier) {
-    case CornerModifier::none: return SettingsWindow::tr("None", "no modifier key");
-    case CornerModifier::command: return SettingsWindow::tr("Super");
-    case CornerModifier::option: return SettingsWindow::tr("Alt");
-    case CornerModifier::control: return SettingsWindow::tr("Ctrl");
-    case CornerModifier::shift: return SettingsWindow::tr("Shift");
+    case CornerModifier::none:
+      return SettingsWindow::tr("None", "no modifier key");
+    case CornerModifier::command:
+      return SettingsWindow::tr("Super");
+    case CornerModifier::option:
+      return SettingsWindow::tr("Alt");
+    case CornerModifier::control:
+      return SettingsWindow::tr("Ctrl");
+    case CornerModifier::shift:
+      return SettingsWindow::tr("Shift");
   }
   return {};
 }
 
 QString backgroundName(BackgroundStyle style) {
   switch (style) {
-    case BackgroundStyle::blurredWallpaper: return SettingsWindow::tr("Blurred wallpaper");
-    case BackgroundStyle::glass: return SettingsWindow::tr("Glass");
-    case BackgroundStyle::solid: return SettingsWindow::tr("Solid colour");
+    case BackgroundStyle::blurredWallpaper:
+      return SettingsWindow::tr("Blurred wallpaper");
+    case BackgroundStyle::glass:
+      return SettingsWindow::tr("Glass");
+    case BackgroundStyle::solid:
+      return SettingsWindow::tr("Solid colour");
   }
   return {};
 }
 
 QString layoutModeName(LayoutMode mode) {
   switch (mode) {
-    case LayoutMode::paged: return SettingsWindow::tr("Pages");
-    case LayoutMode::scroll: return SettingsWindow::tr("One scrolling list");
+    case LayoutMode::paged:
+      return SettingsWindow::tr("Pages");
+    case LayoutMode::scroll:
+      return SettingsWindow::tr("One scrolling list");
   }
   return {};
 }
@@ -119,18 +134,18 @@ QFormLayout* makeForm() {
 
 // The Mac virtual key codes the stored shortcut uses, with the key's name.
 constexpr std::array<std::pair<std::uint32_t, const char*>, 71> kKeyNames = {{
-    {0x00, "A"},     {0x0B, "B"},     {0x08, "C"},      {0x02, "D"},     {0x0E, "E"},      {0x03, "F"},
-    {0x05, "G"},     {0x04, "H"},     {0x22, "I"},      {0x26, "J"},     {0x28, "K"},      {0x25, "L"},
-    {0x2E, "M"},     {0x2D, "N"},     {0x1F, "O"},      {0x23, "P"},     {0x0C, "Q"},      {0x0F, "R"},
-    {0x01, "S"},     {0x11, "T"},     {0x20, "U"},      {0x09, "V"},     {0x0D, "W"},      {0x07, "X"},
-    {0x10, "Y"},     {0x06, "Z"},     {0x1D, "0"},      {0x12, "1"},     {0x13, "2"},      {0x14, "3"},
-    {0x15, "4"},     {0x17, "5"},     {0x16, "6"},      {0x1A, "7"},     {0x1C, "8"},      {0x19, "9"},
-    {0x31, "Space"}, {0x24, "Return"}, {0x30, "Tab"},   {0x35, "Esc"},   {0x33, "Backspace"}, {0x75, "Del"},
-    {0x7A, "F1"},    {0x78, "F2"},    {0x63, "F3"},     {0x76, "F4"},    {0x60, "F5"},     {0x61, "F6"},
-    {0x62, "F7"},    {0x64, "F8"},    {0x65, "F9"},     {0x6D, "F10"},   {0x67, "F11"},    {0x6F, "F12"},
-    {0x7B, "Left"},  {0x7C, "Right"}, {0x7E, "Up"},     {0x7D, "Down"},  {0x73, "Home"},   {0x77, "End"},
-    {0x74, "PgUp"},  {0x79, "PgDown"}, {0x32, "`"},     {0x1B, "-"},     {0x18, "="},      {0x21, "["},
-    {0x1E, "]"},     {0x29, ";"},     {0x27, "'"},      {0x2B, ","},     {0x2F, "."},
+    {0x00, "A"},     {0x0B, "B"},      {0x08, "C"},   {0x02, "D"},    {0x0E, "E"},         {0x03, "F"},
+    {0x05, "G"},     {0x04, "H"},      {0x22, "I"},   {0x26, "J"},    {0x28, "K"},         {0x25, "L"},
+    {0x2E, "M"},     {0x2D, "N"},      {0x1F, "O"},   {0x23, "P"},    {0x0C, "Q"},         {0x0F, "R"},
+    {0x01, "S"},     {0x11, "T"},      {0x20, "U"},   {0x09, "V"},    {0x0D, "W"},         {0x07, "X"},
+    {0x10, "Y"},     {0x06, "Z"},      {0x1D, "0"},   {0x12, "1"},    {0x13, "2"},         {0x14, "3"},
+    {0x15, "4"},     {0x17, "5"},      {0x16, "6"},   {0x1A, "7"},    {0x1C, "8"},         {0x19, "9"},
+    {0x31, "Space"}, {0x24, "Return"}, {0x30, "Tab"}, {0x35, "Esc"},  {0x33, "Backspace"}, {0x75, "Del"},
+    {0x7A, "F1"},    {0x78, "F2"},     {0x63, "F3"},  {0x76, "F4"},   {0x60, "F5"},        {0x61, "F6"},
+    {0x62, "F7"},    {0x64, "F8"},     {0x65, "F9"},  {0x6D, "F10"},  {0x67, "F11"},       {0x6F, "F12"},
+    {0x7B, "Left"},  {0x7C, "Right"},  {0x7E, "Up"},  {0x7D, "Down"}, {0x73, "Home"},      {0x77, "End"},
+    {0x74, "PgUp"},  {0x79, "PgDown"}, {0x32, "`"},   {0x1B, "-"},    {0x18, "="},         {0x21, "["},
+    {0x1E, "]"},     {0x29, ";"},      {0x27, "'"},   {0x2B, ","},    {0x2F, "."},
 }};
 
 }  // namespace
@@ -142,9 +157,11 @@ QString SettingsWindow::shortcutText(const std::optional<HotKey>& hotKey) {
   if (hotKey->carbonModifiers & HotKey::kOption) parts << tr("Alt");
   if (hotKey->carbonModifiers & HotKey::kShift) parts << tr("Shift");
   if (hotKey->carbonModifiers & HotKey::kCommand) parts << tr("Super");
-  const auto known = std::ranges::find(kKeyNames, hotKey->keyCode, [](const auto& entry) { return entry.first; });
-  parts << (known != kKeyNames.end() ? QString::fromLatin1(known->second)
-                                     : tr("key %1", "a key without a name, by its code").arg(hotKey->keyCode));
+  const auto known =
+      std::ranges::find(kKeyNames, hotKey->keyCode, [](const auto& entry) { return entry.first; });
+  parts << (known != kKeyNames.end()
+                ? QString::fromLatin1(known->second)
+                : tr("key %1", "a key without a name, by its code").arg(hotKey->keyCode));
   return parts.join(u'+');
 }
 
@@ -159,8 +176,12 @@ SettingsWindow::SettingsWindow(Services services, QWidget* parent)
   paneList_->setSpacing(3);
   panes_ = new QStackedWidget(this);
   const std::pair<QString, QWidget*> pages[] = {
-      {tr("General"), buildGeneral()},     {tr("Trigger"), buildTrigger()}, {tr("Appearance"), buildAppearance()},
-      {tr("Hidden Apps"), buildHiddenApps()}, {tr("Sync"), buildSync()},    {tr("About"), buildAbout()},
+      {tr("General"), buildGeneral()},
+      {tr("Trigger"), buildTrigger()},
+      {tr("Appearance"), buildAppearance()},
+      {tr("Hidden Apps"), buildHiddenApps()},
+      {tr("Sync"), buildSync()},
+      {tr("About"), buildAbout()},
   };
   for (const auto& [name, page] : pages) {
     paneList_->addItem(name);
@@ -176,7 +197,8 @@ SettingsWindow::SettingsWindow(Services services, QWidget* parent)
   setMinimumSize(640, 440);
 
   connect(&services_.settings, &SettingsStore::settingsChanged, this, &SettingsWindow::refresh);
-  connect(&services_.arrangement, &ArrangementController::layoutChanged, this, &SettingsWindow::refreshHiddenApps);
+  connect(&services_.arrangement, &ArrangementController::layoutChanged, this,
+          &SettingsWindow::refreshHiddenApps);
   connect(&services_.arrangement, &ArrangementController::storageProblemChanged, this,
           &SettingsWindow::refreshStorageProblem);
   connect(&services_.catalog, &AppCatalog::changed, this, &SettingsWindow::refreshHiddenApps);
@@ -225,7 +247,8 @@ QWidget* SettingsWindow::buildGeneral() {
 
   trayIcon_ = new QCheckBox(tr("Show Orrery's icon in the panel's tray"));
   trayIcon_->setObjectName(QStringLiteral("trayIcon"));
-  connect(trayIcon_, &QCheckBox::toggled, this, [this](bool on) { edit([on](Settings& s) { s.showMenuBarIcon = on; }); });
+  connect(trayIcon_, &QCheckBox::toggled, this,
+          [this](bool on) { edit([on](Settings& s) { s.showMenuBarIcon = on; }); });
   noTray_ = noteLabel(tr("This desktop has no tray for Orrery's icon."), nullptr);
   noTray_->setObjectName(QStringLiteral("noTray"));
   relaunchHint_ = noteLabel(
@@ -290,14 +313,17 @@ QWidget* SettingsWindow::buildAppearance() {
   columns_->setAccessibleName(tr("Columns"));
   columns_->setRange(static_cast<int>(Settings::columnsRange.lowerBound),
                      static_cast<int>(Settings::columnsRange.upperBound));
-  connect(columns_, &QSpinBox::valueChanged, this, [this](int value) { edit([value](Settings& s) { s.columns = value; }); });
+  connect(columns_, &QSpinBox::valueChanged, this,
+          [this](int value) { edit([value](Settings& s) { s.columns = value; }); });
   form->addRow(tr("Columns:"), columns_);
 
   rows_ = new QSpinBox;
   rows_->setObjectName(QStringLiteral("rows"));
   rows_->setAccessibleName(tr("Rows"));
-  rows_->setRange(static_cast<int>(Settings::rowsRange.lowerBound), static_cast<int>(Settings::rowsRange.upperBound));
-  connect(rows_, &QSpinBox::valueChanged, this, [this](int value) { edit([value](Settings& s) { s.rows = value; }); });
+  rows_->setRange(static_cast<int>(Settings::rowsRange.lowerBound),
+                  static_cast<int>(Settings::rowsRange.upperBound));
+  connect(rows_, &QSpinBox::valueChanged, this,
+          [this](int value) { edit([value](Settings& s) { s.rows = value; }); });
   form->addRow(tr("Rows:"), rows_);
 
   auto* iconRow = new QHBoxLayout;
@@ -328,7 +354,8 @@ QWidget* SettingsWindow::buildAppearance() {
 
   animations_ = new QCheckBox(tr("Animate showing, hiding and paging"));
   animations_->setObjectName(QStringLiteral("animations"));
-  connect(animations_, &QCheckBox::toggled, this, [this](bool on) { edit([on](Settings& s) { s.animations = on; }); });
+  connect(animations_, &QCheckBox::toggled, this,
+          [this](bool on) { edit([on](Settings& s) { s.animations = on; }); });
   form->addRow(tr("Animations:"), animations_);
 
   background_ = new QComboBox;
@@ -401,7 +428,8 @@ QWidget* SettingsWindow::buildAbout() {
   content->addSpacing(12);
   // Captions above their values: a path is long and must not be cut.
   content->addWidget(new QLabel(tr("Data folder:")));
-  auto* folder = wrappedLabel(QFile::decodeName(QByteArray::fromStdString(services_.dataDirectory.string())), nullptr);
+  auto* folder =
+      wrappedLabel(QFile::decodeName(QByteArray::fromStdString(services_.dataDirectory.string())), nullptr);
   folder->setObjectName(QStringLiteral("dataFolder"));
   folder->setAccessibleName(tr("Data folder"));
   folder->setTextInteractionFlags(Qt::TextSelectableByKeyboard | Qt::TextSelectableByMouse);
@@ -424,8 +452,10 @@ void SettingsWindow::refresh() {
   }
   if (services_.launchAtLogin) {
     QStringList lines;
-    if (!services_.launchAtLogin->message().empty()) lines << QString::fromStdString(services_.launchAtLogin->message());
-    if (!services_.launchAtLogin->note().empty()) lines << QString::fromStdString(services_.launchAtLogin->note());
+    if (!services_.launchAtLogin->message().empty())
+      lines << QString::fromStdString(services_.launchAtLogin->message());
+    if (!services_.launchAtLogin->note().empty())
+      lines << QString::fromStdString(services_.launchAtLogin->note());
     launchAtLoginMessage_->setText(lines.join(u'\n'));
     launchAtLoginMessage_->setVisible(!lines.isEmpty());
   }
@@ -494,7 +524,8 @@ void SettingsWindow::refreshHiddenApps() {
     const AppInfo* app = found == apps.end() ? nullptr : &found->second;
     entries.push_back({id, app ? QString::fromStdString(app->name) : QString::fromStdString(id), app});
   }
-  std::ranges::sort(entries, [](const Entry& a, const Entry& b) { return a.name.localeAwareCompare(b.name) < 0; });
+  std::ranges::sort(entries,
+                    [](const Entry& a, const Entry& b) { return a.name.localeAwareCompare(b.name) < 0; });
 
   const int iconPixels = static_cast<int>(32 * devicePixelRatioF());
   int position = 0;

@@ -219,7 +219,8 @@ void AppDelegate::handleCommandLine(const CommandLine& commandLine, bool later) 
 void AppDelegate::handleLaterStart(const QStringList& arguments) {
   const auto commandLine = CommandLine::read(arguments);
   if (!commandLine) {
-    qCWarning(shellLog, "Befehlszeile eines weiteren Starts verworfen: %s", qUtf8Printable(commandLine.error()));
+    qCWarning(shellLog, "Befehlszeile eines weiteren Starts verworfen: %s",
+              qUtf8Printable(commandLine.error()));
     return;
   }
   handleCommandLine(*commandLine, true);

@@ -75,13 +75,16 @@ InstanceChannel::Claim InstanceChannel::claim(const QStringList& arguments, cons
 
 InstanceChannel::Claim InstanceChannel::claimOnBus(const QStringList& arguments) {
   QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected()) return {nullptr, false, QStringLiteral("no session bus: %1").arg(bus.lastError().message())};
+  if (!bus.isConnected())
+    return {nullptr, false, QStringLiteral("no session bus: %1").arg(bus.lastError().message())};
   std::unique_ptr<InstanceChannel> channel(new InstanceChannel);
   auto* endpoint = new BusEndpoint(channel.get());
   // The object is there before the name, so a start that finds the name
   // always finds something to call.
-  if (!bus.registerObject(QString::fromLatin1(objectPath), endpoint, QDBusConnection::ExportScriptableSlots)) {
-    return {nullptr, false, QStringLiteral("cannot export %1 on the session bus").arg(QLatin1String(objectPath))};
+  if (!bus.registerObject(QString::fromLatin1(objectPath), endpoint,
+                          QDBusConnection::ExportScriptableSlots)) {
+    return {nullptr, false,
+            QStringLiteral("cannot export %1 on the session bus").arg(QLatin1String(objectPath))};
   }
   const auto reply = bus.interface()->registerService(QString::fromLatin1(busName),
                                                       QDBusConnectionInterface::DontQueueService,
@@ -93,9 +96,9 @@ InstanceChannel::Claim InstanceChannel::claimOnBus(const QStringList& arguments)
   bus.unregisterObject(QString::fromLatin1(objectPath));
   channel.reset();
 
-  auto call = QDBusMessage::createMethodCall(QString::fromLatin1(busName), QString::fromLatin1(objectPath),
-                                             QString::fromLatin1(kInterface),
-                                             QStringLiteral("HandleCommandLine"));
+  auto call =
+      QDBusMessage::createMethodCall(QString::fromLatin1(busName), QString::fromLatin1(objectPath),
+                                     QString::fromLatin1(kInterface), QStringLiteral("HandleCommandLine"));
   call << arguments;
   const QDBusMessage answer = bus.call(call, QDBus::Block, kAnswerLimitMs);
   if (answer.type() == QDBusMessage::ReplyMessage) return {nullptr, true, {}};
@@ -139,7 +142,8 @@ InstanceChannel::Claim InstanceChannel::claimSocket(const QStringList& arguments
       out.setVersion(QDataStream::Qt_6_0);
       out << message;
       // One byte back says the line was taken.
-      while (socket.bytesAvailable() < 1 && socket.waitForReadyRead(static_cast<int>(deadline.remainingTime()))) {
+      while (socket.bytesAvailable() < 1 &&
+             socket.waitForReadyRead(static_cast<int>(deadline.remainingTime()))) {
       }
       if (socket.bytesAvailable() >= 1) return {nullptr, true, {}};
       problem = socket.errorString();

@@ -24,8 +24,9 @@ QPixmap drawGrid(int size, const QColor& colour) {
   const double radius = square / 4.0;
   for (int row = 0; row < 3; ++row) {
     for (int column = 0; column < 3; ++column) {
-      painter.drawRoundedRect(QRectF(margin + column * (square + gap), margin + row * (square + gap), square, square),
-                              radius, radius);
+      painter.drawRoundedRect(
+          QRectF(margin + column * (square + gap), margin + row * (square + gap), square, square), radius,
+          radius);
     }
   }
   return pixmap;

@@ -73,18 +73,32 @@ TEST_F(AppListingTest, FollowsTheSavedArrangementAndNeverWritesIt) {
   const auto written = fs::last_write_time(layoutFile());
 
   const std::string folder = system().string();
-  EXPECT_EQ(list(false), "# Folder: Tools\n"
-                         "gamma.desktop\tGamma\t" + folder + "/gamma.desktop\n"
-                         "delta.desktop\tDelta\t" + folder + "/delta.desktop\n"
-                         "alpha.desktop\tAlpha\t" + folder + "/alpha.desktop\n");
-  EXPECT_EQ(list(true), list(false) +
-                            "beta.desktop\tBeta\t" + folder + "/beta.desktop\twithheld: hidden in Orrery\n"
-                            "kde-only.desktop\t\t" + folder + "/kde-only.desktop\twithheld: OnlyShowIn/NotShowIn\n"
-                            "masked.desktop\t\t" + user().string() + "/masked.desktop\twithheld: Hidden\n"
-                            "masked.desktop\t\t" + folder + "/masked.desktop\twithheld: masked by " +
-                            user().string() + "/masked.desktop\n"
-                            "missing.desktop\t\t" + folder + "/missing.desktop\twithheld: TryExec program not installed\n"
-                            "settings.desktop\t\t" + folder + "/settings.desktop\twithheld: NoDisplay\n");
+  EXPECT_EQ(list(false),
+            "# Folder: Tools\n"
+            "gamma.desktop\tGamma\t" +
+                folder +
+                "/gamma.desktop\n"
+                "delta.desktop\tDelta\t" +
+                folder +
+                "/delta.desktop\n"
+                "alpha.desktop\tAlpha\t" +
+                folder + "/alpha.desktop\n");
+  EXPECT_EQ(list(true), list(false) + "beta.desktop\tBeta\t" + folder +
+                            "/beta.desktop\twithheld: hidden in Orrery\n"
+                            "kde-only.desktop\t\t" +
+                            folder +
+                            "/kde-only.desktop\twithheld: OnlyShowIn/NotShowIn\n"
+                            "masked.desktop\t\t" +
+                            user().string() +
+                            "/masked.desktop\twithheld: Hidden\n"
+                            "masked.desktop\t\t" +
+                            folder + "/masked.desktop\twithheld: masked by " + user().string() +
+                            "/masked.desktop\n"
+                            "missing.desktop\t\t" +
+                            folder +
+                            "/missing.desktop\twithheld: TryExec program not installed\n"
+                            "settings.desktop\t\t" +
+                            folder + "/settings.desktop\twithheld: NoDisplay\n");
   std::ifstream in(layoutFile());
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), saved);
   EXPECT_EQ(fs::last_write_time(layoutFile()), written);
@@ -99,7 +113,8 @@ TEST_F(AppListingTest, ADamagedArrangementIsReportedAndLeftWhereItIs) {
   EXPECT_EQ(listing.substr(0, listing.find('\t')), "alpha.desktop");
   EXPECT_LT(listing.find("delta.desktop"), listing.find("gamma.desktop"));
   EXPECT_NE(listing.find("gamma.desktop"), std::string::npos);
-  EXPECT_EQ(std::distance(fs::directory_iterator(tree()), fs::directory_iterator()), 3);  // user, system, layout.json
+  EXPECT_EQ(std::distance(fs::directory_iterator(tree()), fs::directory_iterator()),
+            3);  // user, system, layout.json
 }
 
 }  // namespace

@@ -52,7 +52,8 @@ TEST(InstanceChannel, TheFirstClaimServesLaterOnesAndALeftSocketIsTakenOver) {
   QObject::connect(first.channel.get(), &InstanceChannel::commandLineReceived,
                    [&](const QStringList& arguments) { received.push_back(arguments); });
 
-  const QStringList line = {QStringLiteral("orrery"), QStringLiteral("--show-folder"), QStringLiteral("Spiele ä")};
+  const QStringList line = {QStringLiteral("orrery"), QStringLiteral("--show-folder"),
+                            QStringLiteral("Spiele ä")};
   const auto second = claimElsewhere(line, where);
   EXPECT_TRUE(second.handedOver) << second.problem.toStdString();
   EXPECT_FALSE(second.channel);
@@ -96,8 +97,8 @@ class ShellTest : public ::testing::Test {
 
   const fs::path& tree() const { return temporary.path(); }
   void install(const std::string& id, const std::string& name) const {
-    std::ofstream(tree() / "data/applications" / id) << "[Desktop Entry]\nType=Application\nName=" << name
-                                                     << "\nExec=true\n";
+    std::ofstream(tree() / "data/applications" / id)
+        << "[Desktop Entry]\nType=Application\nName=" << name << "\nExec=true\n";
   }
 
   // A delegate as the program makes it, with or without a tray on the desktop.
@@ -187,10 +188,12 @@ TEST_F(ShellTest, ToggleFromALaterStartTogglesTheRunningOverlay) {
 
   // Settings hide the overlay; a line that does not parse changes nothing.
   EXPECT_TRUE(claimElsewhere(toggle, where).handedOver);
-  EXPECT_TRUE(claimElsewhere({QStringLiteral("orrery"), QStringLiteral("--open-settings")}, where).handedOver);
+  EXPECT_TRUE(
+      claimElsewhere({QStringLiteral("orrery"), QStringLiteral("--open-settings")}, where).handedOver);
   EXPECT_TRUE(settingsOpen());
   EXPECT_FALSE(delegate->overlay()->isVisible());
-  EXPECT_TRUE(claimElsewhere({QStringLiteral("orrery"), QStringLiteral("--no-such-option")}, where).handedOver);
+  EXPECT_TRUE(
+      claimElsewhere({QStringLiteral("orrery"), QStringLiteral("--no-such-option")}, where).handedOver);
   EXPECT_FALSE(delegate->overlay()->isVisible());
 }
 

@@ -145,7 +145,9 @@ class DesktopSession {
   // Where the session keeps its logs and configuration.
   const std::filesystem::path& folder() const { return folder_.path(); }
   // XDG_RUNTIME_DIR of the programs in the session.
-  std::filesystem::path runtimeFolder() const { return folder_.path().empty() ? folder_.path() : folder_.path() / "runtime"; }
+  std::filesystem::path runtimeFolder() const {
+    return folder_.path().empty() ? folder_.path() : folder_.path() / "runtime";
+  }
   // The servers' logs, for failure messages.
   std::string logs() const;
 

@@ -80,8 +80,8 @@ TEST_F(ShellProgramTest, LaterStartsReachTheProgramOnTheSessionBus) {
   startOrrery();
   // The first run opens the settings.
   ASSERT_TRUE(settingsWindow(30s)) << log();
-  const auto owner = session->run({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/",
-                                   "org.freedesktop.DBus.GetNameOwner", "string:ch.lumenfold.Orrery"});
+  const auto owner = session->run({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",
+                                   "/", "org.freedesktop.DBus.GetNameOwner", "string:ch.lumenfold.Orrery"});
   EXPECT_TRUE(owner.succeeded()) << owner.errors;
 
   ASSERT_TRUE(startAgain({"--toggle"})) << log();
@@ -137,7 +137,8 @@ TEST_F(ShellProgramTest, TheTrayIconTogglesTheOverlayAndItsMenuOpensTheSettings)
       [&] {
         for (const XWindow window : session->findWindows(WindowQuery::byClass("^orrery$"))) {
           const auto menu = session->geometry(window);
-          if (window != *icon && menu && menu->width < session->width() && menu->height > frame->height) return true;
+          if (window != *icon && menu && menu->width < session->width() && menu->height > frame->height)
+            return true;
         }
         return false;
       },
@@ -181,7 +182,8 @@ TEST_F(ShellProgramTest, EveryPaneOfTheSettingsWindowIsReachedWithTheKeyboard) {
       // The pane is drawn once the picture changed from the one before.
       ASSERT_TRUE(session->waitUntil(
           [&] { return session->screenshot(png, *window) && bytes(png) != previous; }, 10s))
-          << pane << "\n" << log();
+          << pane << "\n"
+          << log();
       previous = bytes(png);
     }
     program.stop();
