@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QSpinBox>
+#include <QSystemTrayIcon>
 #include <QTest>
 
 #include <filesystem>
@@ -247,6 +248,34 @@ TEST_F(ShellTest, UnhidingAnAppInTheSettingsPutsItBackInTheArrangement) {
   EXPECT_TRUE(delegate->arrangement().layout().hidden.empty());
   EXPECT_TRUE(delegate->arrangement().layout().referencedAppIDs().contains("beta.desktop"));
   EXPECT_FALSE(window->findChild<QLabel*>(QStringLiteral("noHiddenApps"))->isHidden());
+}
+
+TEST_F(ShellTest, TheLoginSwitchWritesTheAutostartEntryAndTheTraySwitchTheItem) {
+  makeDelegate(/*trayAvailable=*/true);
+  delegate->start({});
+  SettingsWindow* window = delegate->settingsWindow();
+  ASSERT_TRUE(window);
+  const fs::path entry = tree() / "config/autostart/orrery.desktop";
+
+  auto* login = window->findChild<QCheckBox*>(QStringLiteral("launchAtLogin"));
+  login->click();
+  EXPECT_TRUE(fs::exists(entry));
+  EXPECT_TRUE(delegate->settings().settings().launchAtLogin);
+  login->click();
+  EXPECT_FALSE(fs::exists(entry));
+  EXPECT_FALSE(delegate->settings().settings().launchAtLogin);
+
+  auto* tray = window->findChild<QCheckBox*>(QStringLiteral("trayIcon"));
+  ASSERT_FALSE(tray->isHidden());
+  ASSERT_TRUE(delegate->trayItem()->icon());
+  EXPECT_TRUE(delegate->trayItem()->icon()->isVisible());
+  tray->click();
+  EXPECT_FALSE(delegate->settings().settings().showMenuBarIcon);
+  EXPECT_FALSE(delegate->trayItem()->icon()->isVisible());
+  // The way back to the settings is now a start of the program.
+  EXPECT_FALSE(window->findChild<QLabel*>(QStringLiteral("relaunchHint"))->isHidden());
+  tray->click();
+  EXPECT_TRUE(delegate->trayItem()->icon()->isVisible());
 }
 
 TEST(SettingsWindow, WritesTheStoredShortcutTheWayLinuxNamesItsKeys) {
