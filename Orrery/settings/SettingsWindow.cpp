@@ -217,6 +217,8 @@ SettingsWindow::Pane SettingsWindow::currentPane() const { return static_cast<Pa
 void SettingsWindow::showEvent(QShowEvent* event) {
   // The user may have changed the autostart entry meanwhile.
   if (services_.launchAtLogin) services_.launchAtLogin->refresh();
+  // A tray may have come or gone since.
+  refresh();
   QWidget::showEvent(event);
   // The keyboard starts on the list of panes: the arrows choose one, Tab
   // goes into it.

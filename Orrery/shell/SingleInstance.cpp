@@ -69,7 +69,9 @@ InstanceChannel::~InstanceChannel() {
 }
 
 InstanceChannel::Claim InstanceChannel::claim(const QStringList& arguments, const Where& where) {
-  if (where.sessionBus) return claimOnBus(arguments);
+  // A bus that was named but cannot be reached is no reason to run twice:
+  // the socket still finds a program started the same way.
+  if (where.sessionBus && QDBusConnection::sessionBus().isConnected()) return claimOnBus(arguments);
   return claimSocket(arguments, where.runtimeFolder);
 }
 

@@ -2,8 +2,9 @@
 // folder.
 //
 // The session's program owns the name "ch.lumenfold.Orrery" on the session
-// bus; where there is no session bus it listens on a local socket in the
-// runtime folder ($XDG_RUNTIME_DIR), guarded by a lock file beside it. A
+// bus; where there is no session bus (or it cannot be reached) it listens
+// on a local socket in the runtime folder ($XDG_RUNTIME_DIR), guarded by a
+// lock file beside it. A
 // later start finds the name owned (or the lock held), hands its command
 // line to the running program, waits until that program has taken it, and
 // ends. This is what makes "orrery --toggle" a command any desktop can bind

@@ -52,7 +52,9 @@ QIcon TrayItem::gridSymbol(bool forDarkPanel) {
 }
 
 void TrayItem::follow() {
-  const bool wanted = isShown();
+  // Shown whenever wanted, tray or not: Qt puts the icon into a tray that
+  // appears later (a panel started after Orrery).
+  const bool wanted = settings_.settings().showMenuBarIcon;
   if (!wanted) {
     if (icon_) icon_->hide();
     return;

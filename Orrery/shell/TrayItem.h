@@ -5,7 +5,8 @@
 // and dark for light ones. A left click toggles the overlay; the menu
 // offers "Show Orrery", "Settings …" and "Quit Orrery". The item is on the
 // panel while the settings' showMenuBarIcon is on and the desktop has a
-// tray; it follows the setting at once.
+// tray; it follows the setting at once, and a tray that appears later
+// gets it.
 //
 // Whether a tray exists is asked through a function given at construction
 // (Qt's answer in the program), so the rules that depend on it can be

@@ -71,6 +71,30 @@ class ShellProgramTest : public ::testing::Test {
     return window;
   }
 
+  void startTray() const {
+    session->launch({"trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height",
+                     "32", "--SetDockType", "true", "--transparent", "false"},
+                    {}, session->folder() / "trayer.log");
+  }
+  // The icon: the program's one small window, embedded in the panel at the top.
+  std::optional<XWindow> trayIcon(SteadyClock::duration limit) const {
+    std::optional<XWindow> icon;
+    session->waitUntil(
+        [&] {
+          for (const XWindow window : session->findWindows(WindowQuery::byClass("^orrery$"))) {
+            const auto frame = session->geometry(window);
+            // In trayer at the top right, not a window of its own.
+            if (frame && frame->width <= 64 && frame->height <= 64 && frame->y < 40 &&
+                frame->x > session->width() - 200) {
+              icon = window;
+            }
+          }
+          return icon.has_value();
+        },
+        limit);
+    return icon;
+  }
+
   TemporaryDirectory temporary{"orrery-shell-program"};
   std::unique_ptr<DesktopSession> session;
 };
@@ -96,25 +120,13 @@ TEST_F(ShellProgramTest, LaterStartsReachTheProgramOnTheSessionBus) {
 
 TEST_F(ShellProgramTest, TheTrayIconTogglesTheOverlayAndItsMenuOpensTheSettings) {
   ASSERT_TRUE(session);
-  session->launch({"trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "32",
-                   "--SetDockType", "true", "--transparent", "false"},
-                  {}, session->folder() / "trayer.log");
+  startTray();
   ASSERT_TRUE(session->waitForWindow(WindowQuery::byClass("^[Tt]rayer$"), 20s)) << session->logs();
   skipFirstRun();
   startOrrery();
 
-  // The icon: the program's one small window, embedded in the panel.
-  std::optional<XWindow> icon;
-  ASSERT_TRUE(session->waitUntil(
-      [&] {
-        for (const XWindow window : session->findWindows(WindowQuery::byClass("^orrery$"))) {
-          const auto frame = session->geometry(window);
-          if (frame && frame->width <= 64 && frame->height <= 64 && frame->y < 40) icon = window;
-        }
-        return icon.has_value();
-      },
-      30s))
-      << log();
+  const auto icon = trayIcon(30s);
+  ASSERT_TRUE(icon) << log();
   const auto frame = session->geometry(*icon);
   ASSERT_TRUE(frame);
   if (const char* folder = std::getenv("ORRERY_SCREENSHOT_DIR")) {
@@ -148,6 +160,16 @@ TEST_F(ShellProgramTest, TheTrayIconTogglesTheOverlayAndItsMenuOpensTheSettings)
   ASSERT_TRUE(session->key({"Down"}));
   ASSERT_TRUE(session->key({"Return"}));
   EXPECT_TRUE(settingsWindow(20s)) << log();
+}
+
+TEST_F(ShellProgramTest, ATrayThatAppearsLaterGetsTheIcon) {
+  ASSERT_TRUE(session);
+  skipFirstRun();
+  startOrrery();
+  ASSERT_TRUE(session->waitUntil([&] { return log().find("Orrery gestartet") != std::string::npos; }, 30s))
+      << log();
+  startTray();
+  EXPECT_TRUE(trayIcon(30s)) << log() << session->logs();
 }
 
 // Each pane of the settings window, in English and German, reached with
