@@ -394,6 +394,7 @@ QWidget* SettingsWindow::buildHiddenApps() {
   auto* scroll = new QScrollArea;
   hiddenList_ = scroll;
   scroll->setObjectName(QStringLiteral("hiddenApps"));
+  scroll->setAccessibleName(tr("Hidden Apps"));
   scroll->setWidgetResizable(true);
   scroll->setWidget(list);
   scroll->setFrameShape(QFrame::StyledPanel);

@@ -3,6 +3,8 @@
 // window writing through the settings store.
 #include <gtest/gtest.h>
 
+#include <QAbstractSpinBox>
+#include <QAccessible>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QLabel>
@@ -276,6 +278,30 @@ TEST_F(ShellTest, TheLoginSwitchWritesTheAutostartEntryAndTheTraySwitchTheItem) 
   EXPECT_FALSE(window->findChild<QLabel*>(QStringLiteral("relaunchHint"))->isHidden());
   tray->click();
   EXPECT_TRUE(delegate->trayItem()->icon()->isVisible());
+}
+
+TEST_F(ShellTest, EveryControlOfTheSettingsWindowHasANameForScreenReaders) {
+  install("alpha.desktop", "Alpha");
+  makeDelegate(/*trayAvailable=*/true);
+  delegate->start({});
+  ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->catalog().apps().size() == 1; }, 10'000));
+  delegate->arrangement().mutate([](Layout& layout) { layout.hide("alpha.desktop"); });
+  SettingsWindow* window = delegate->settingsWindow();
+  ASSERT_TRUE(window);
+  int controls = 0;
+  for (QWidget* widget : window->findChildren<QWidget*>()) {
+    if (!widget->focusPolicy() || widget->isHidden()) continue;
+    // A spin box is one control to a screen reader; its text field is its part.
+    if (qobject_cast<QAbstractSpinBox*>(widget->parentWidget())) continue;
+    QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(widget);
+    ASSERT_TRUE(accessible);
+    EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
+        << widget->metaObject()->className() << " " << widget->objectName().toStdString();
+    ++controls;
+  }
+  // The pane list, login, tray, two combos, five appearance controls and
+  // more: a window that lost its controls would pass the loop above.
+  EXPECT_GE(controls, 10);
 }
 
 TEST(SettingsWindow, WritesTheStoredShortcutTheWayLinuxNamesItsKeys) {
