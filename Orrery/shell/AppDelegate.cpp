@@ -25,7 +25,13 @@ void installTranslator() {
   text::setTranslator([](std::string_view source, std::string_view comment) {
     const std::string sourceText(source);
     const std::string commentText(comment);
-    return QCoreApplication::translate("Orrery", sourceText.c_str(), commentText.c_str()).toStdString();
+    // lupdate files the text::localized() calls under "orrery::text", or
+    // under "text" where it cannot follow the namespaces of a file.
+    QString translated = QCoreApplication::translate("orrery::text", sourceText.c_str(), commentText.c_str());
+    if (translated == QLatin1String(sourceText.c_str())) {
+      translated = QCoreApplication::translate("text", sourceText.c_str(), commentText.c_str());
+    }
+    return translated.toStdString();
   });
 }
 

@@ -13,6 +13,7 @@
 #include <QSpinBox>
 #include <QSystemTrayIcon>
 #include <QTest>
+#include <QTranslator>
 
 #include <filesystem>
 #include <fstream>
@@ -24,6 +25,7 @@
 #include "Orrery/shell/AppDelegate.h"
 #include "Orrery/shell/SingleInstance.h"
 #include "OrreryCore/testing/TemporaryDirectory.h"
+#include "OrreryCore/text/Localized.h"
 
 namespace orrery::app {
 namespace {
@@ -302,6 +304,20 @@ TEST_F(ShellTest, EveryControlOfTheSettingsWindowHasANameForScreenReaders) {
   // The pane list, login, tray, two combos, five appearance controls and
   // more: a window that lost its controls would pass the loop above.
   EXPECT_GE(controls, 10);
+}
+
+TEST_F(ShellTest, TheCoresTextsAndTheWindowsReachTheGermanTranslation) {
+  QTranslator german;
+  ASSERT_TRUE(german.load(QStringLiteral(ORRERY_GERMAN_QM)));
+  QCoreApplication::installTranslator(&german);
+  makeDelegate();  // binds the core's texts to Qt's translator
+  // One core text of each context lupdate files them under, and the window.
+  EXPECT_EQ(text::localized("New Folder", "Default name of a new folder"), "Neuer Ordner");
+  EXPECT_EQ(text::localized("Space", "Name of the space bar key"), "Leertaste");
+  delegate->start({});
+  EXPECT_EQ(delegate->settingsWindow()->windowTitle(), QStringLiteral("Orrery-Einstellungen"));
+  QCoreApplication::removeTranslator(&german);
+  EXPECT_EQ(text::localized("New Folder", "Default name of a new folder"), "New Folder");
 }
 
 TEST(SettingsWindow, WritesTheStoredShortcutTheWayLinuxNamesItsKeys) {

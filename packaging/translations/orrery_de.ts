@@ -309,4 +309,198 @@
         <translation>Orrery beenden</translation>
     </message>
 </context>
+<context>
+    <name>orrery::text</name>
+    <message>
+        <source>Couldn&apos;t turn on launch at login: </source>
+        <comment>Settings, General: followed by the system&apos;s reason</comment>
+        <translation>Der Start bei der Anmeldung konnte nicht eingeschaltet werden: </translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t turn off launch at login: </source>
+        <comment>Settings, General: followed by the system&apos;s reason</comment>
+        <translation>Der Start bei der Anmeldung konnte nicht ausgeschaltet werden: </translation>
+    </message>
+    <message>
+        <source>Please allow it in System Settings (General → Login Items).</source>
+        <comment>Settings, General: launch at login awaits the user&apos;s approval</comment>
+        <translation>Bitte erlauben Sie ihn in den Systemeinstellungen (Allgemein → Anmeldeobjekte).</translation>
+    </message>
+    <message>
+        <source>It&apos;s no longer installed.</source>
+        <comment>Launch error: the app was removed since the list of apps was last read</comment>
+        <translation>Es ist nicht mehr installiert.</translation>
+    </message>
+    <message>
+        <source>Its description can&apos;t be read or doesn&apos;t say how to start it.</source>
+        <comment>Launch error: the app&apos;s desktop entry or bundle is unreadable or incomplete</comment>
+        <translation>Seine Beschreibung kann nicht gelesen werden oder sagt nicht, wie es zu starten ist.</translation>
+    </message>
+    <message>
+        <source>The program it starts wasn&apos;t found.</source>
+        <comment>Launch error: the executable the app names does not exist</comment>
+        <translation>Das Programm, das es startet, wurde nicht gefunden.</translation>
+    </message>
+    <message>
+        <source>The program it starts isn&apos;t allowed to run.</source>
+        <comment>Launch error: the app&apos;s executable lacks execute permission or is no program</comment>
+        <translation>Das Programm, das es startet, darf nicht ausgeführt werden.</translation>
+    </message>
+    <message>
+        <source>Starting it failed.</source>
+        <comment>Launch error: the system gave no reason</comment>
+        <translation>Der Start ist fehlgeschlagen.</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t open “%1”.</source>
+        <comment>Launch error, first sentence; %1 is the app&apos;s name</comment>
+        <translation>„%1“ konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>New Folder</source>
+        <comment>Default name of a new folder</comment>
+        <translation>Neuer Ordner</translation>
+    </message>
+    <message>
+        <source>The file “%1” doesn’t exist.</source>
+        <translation>Die Datei „%1“ existiert nicht.</translation>
+    </message>
+    <message>
+        <source>You don’t have permission to access “%1”.</source>
+        <translation>Sie haben keine Berechtigung für den Zugriff auf „%1“.</translation>
+    </message>
+    <message>
+        <source>There isn’t enough space on the disk to save “%1”.</source>
+        <translation>Auf dem Datenträger ist nicht genug Platz, um „%1“ zu sichern.</translation>
+    </message>
+    <message>
+        <source>A disk error occurred while accessing “%1”.</source>
+        <translation>Beim Zugriff auf „%1“ ist ein Datenträgerfehler aufgetreten.</translation>
+    </message>
+    <message>
+        <source>“%1” already exists.</source>
+        <translation>„%1“ existiert bereits.</translation>
+    </message>
+    <message>
+        <source>A part of the path to “%1” isn’t a folder.</source>
+        <translation>Ein Teil des Pfads zu „%1“ ist kein Ordner.</translation>
+    </message>
+    <message>
+        <source>“%1” is a folder.</source>
+        <translation>„%1“ ist ein Ordner.</translation>
+    </message>
+    <message>
+        <source>“%1” couldn’t be accessed (%2).</source>
+        <comment>File error shown after a failed save; %1 is the file name, %2 the system&apos;s reason</comment>
+        <translation>Auf „%1“ konnte nicht zugegriffen werden (%2).</translation>
+    </message>
+    <message>
+        <source>The damaged layout.json can&apos;t be renamed.</source>
+        <comment>Error after saving the arrangement failed: the unreadable file could not be moved aside</comment>
+        <translation>Die beschädigte layout.json kann nicht umbenannt werden.</translation>
+    </message>
+    <message>
+        <source>layout.json can&apos;t be read (check access permissions).</source>
+        <comment>Error after saving the arrangement failed: the existing file cannot be read</comment>
+        <translation>layout.json kann nicht gelesen werden (Zugriffsrechte prüfen).</translation>
+    </message>
+    <message>
+        <source>Not available in this build</source>
+        <comment>Sync settings: this build of the program cannot use iCloud</comment>
+        <translation>In dieser Ausgabe nicht verfügbar</translation>
+    </message>
+    <message>
+        <source>Not signed in to iCloud</source>
+        <comment>Sync settings: no iCloud account is signed in</comment>
+        <translation>Nicht bei iCloud angemeldet</translation>
+    </message>
+    <message>
+        <source>iCloud is restricted on this Mac</source>
+        <comment>Sync settings: iCloud use is restricted (parental controls or management)</comment>
+        <translation>iCloud ist auf diesem Mac eingeschränkt</translation>
+    </message>
+    <message>
+        <source>The damaged sync-state.json can&apos;t be renamed.</source>
+        <comment>Error when saving the sync state failed: the damaged file could not be moved aside</comment>
+        <translation>Die beschädigte sync-state.json kann nicht umbenannt werden.</translation>
+    </message>
+    <message>
+        <source>sync-state.json can&apos;t be read (check access permissions).</source>
+        <comment>Error when saving the sync state failed: the existing file cannot be read</comment>
+        <translation>sync-state.json kann nicht gelesen werden (Zugriffsrechte prüfen).</translation>
+    </message>
+    <message>
+        <source>Not all apps could be moved to the Trash</source>
+        <comment>Title of the message after moving apps to the Trash failed</comment>
+        <translation>Nicht alle Programme konnten in den Papierkorb gelegt werden</translation>
+    </message>
+    <message>
+        <source>Owned by the system.</source>
+        <comment>Reason why an app could not be moved to the Trash</comment>
+        <translation>Gehört dem System.</translation>
+    </message>
+    <message>
+        <source>These apps belong to the system, not to your user. Deleting them requires your administrator password: open the “Applications” folder in the Finder, drag the app to the Trash and enter the password.</source>
+        <comment>How to delete apps that belong to the system</comment>
+        <translation>Diese Programme gehören dem System, nicht Ihrem Benutzer. Zum Löschen ist das Administratorpasswort nötig: Öffnen Sie den Ordner „Programme“ im Finder, ziehen Sie das Programm in den Papierkorb und geben Sie das Passwort ein.</translation>
+    </message>
+    <message>
+        <source>The system gave no reason.</source>
+        <comment>Reason why an app could not be moved to the Trash, when the system names none</comment>
+        <translation>Das System nannte keinen Grund.</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <comment>One line of the list of apps that could not be moved to the Trash: the app&apos;s name and the reason</comment>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>Move %1 apps to the Trash?</source>
+        <comment>Title of the confirmation before moving apps to the Trash</comment>
+        <translation>%1 Programme in den Papierkorb legen?</translation>
+    </message>
+    <message>
+        <source>… and %1 more</source>
+        <comment>End of a shortened list of app names</comment>
+        <translation>… und %1 weitere</translation>
+    </message>
+    <message>
+        <source>Still open: %1. Please quit these apps first.</source>
+        <comment>Warning about apps that are still running</comment>
+        <translation>Noch geöffnet: %1. Bitte beenden Sie diese Programme zuerst.</translation>
+    </message>
+    <message>
+        <source>%1 selected apps stay; they can&apos;t be moved to the Trash.</source>
+        <comment>Protected apps that were selected but are skipped</comment>
+        <translation>%1 ausgewählte Programme bleiben; sie können nicht in den Papierkorb gelegt werden.</translation>
+    </message>
+    <message>
+        <source>You can restore them from the Trash.</source>
+        <comment>Last line of the confirmation before moving apps to the Trash</comment>
+        <translation>Sie können sie aus dem Papierkorb wiederherstellen.</translation>
+    </message>
+</context>
+<context>
+    <name>text</name>
+    <message>
+        <source>layout.json can&apos;t be read (check access permissions).</source>
+        <comment>Error after saving the arrangement failed: the existing file cannot be read</comment>
+        <translation>layout.json kann nicht gelesen werden (Zugriffsrechte prüfen).</translation>
+    </message>
+    <message>
+        <source>Space</source>
+        <comment>Name of the space bar key</comment>
+        <translation>Leertaste</translation>
+    </message>
+    <message>
+        <source>Key %1</source>
+        <comment>Name of an unknown key, with its code</comment>
+        <translation>Taste %1</translation>
+    </message>
+    <message>
+        <source>This corner is already used in macOS System Settings (Desktop &amp; Dock → Hot Corners). Please turn it off there.</source>
+        <comment>Warning in the trigger settings when the chosen hot corner already has a system action</comment>
+        <translation>Diese Ecke ist in den macOS-Systemeinstellungen bereits belegt (Schreibtisch &amp; Dock → Aktive Ecken). Bitte schalten Sie sie dort aus.</translation>
+    </message>
+</context>
 </TS>
