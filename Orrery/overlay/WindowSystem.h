@@ -47,7 +47,8 @@ class WindowSystem {
   // Makes `overlay` a frameless full-screen window above all others, kept
   // out of task bars, pagers and window switchers. Call it after the
   // window's flags are final and before every show(): window managers drop
-  // a window's states when it is hidden.
+  // a window's states when it is hidden. The WindowSystem must outlive
+  // `overlay`: it may act again when the window is next mapped.
   virtual void prepareOverlay(QWindow& overlay) = 0;
 
  protected:

@@ -3,8 +3,9 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QIcon>
-#include <QTimer>
+#include <QLayout>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 #include "Orrery/base/Logging.h"
 #include "Orrery/platform/PlatformFactory.h"
 #include "Orrery/shell/StartupSync.h"
+#include "Orrery/triggers/ShortcutField.h"
 #include "Orrery/triggers/TriggerChecks.h"
 #include "OrreryCore/text/Collation.h"
 #include "OrreryCore/text/Localized.h"
@@ -201,7 +203,8 @@ void AppDelegate::start(const CommandLine& commandLine) {
   // no window behind it to take the keyboard when it hides; the settings
   // wait for the first start that asked for nothing in particular.
   const bool overlayAsked = commandLine.toggle || commandLine.showOverlay || commandLine.showFolder;
-  if (!commandLine.perfTest && !overlayAsked && !settings_->settings().firstRunDone) {
+  const bool selfTest = commandLine.perfTest || commandLine.triggerTest;
+  if (!selfTest && !overlayAsked && !settings_->settings().firstRunDone) {
     openSettings();
     Settings settings = settings_->settings();
     settings.firstRunDone = true;
@@ -213,6 +216,7 @@ void AppDelegate::start(const CommandLine& commandLine) {
 void AppDelegate::handleCommandLine(const CommandLine& commandLine, bool later) {
   if (!launched_) return;
   if (commandLine.perfTest && !later) runPerfTest();
+  if (commandLine.triggerTest && !later) runTriggerTest();
   if (commandLine.showOverlay) showOverlay(QStringLiteral("--show-overlay"));
   if (commandLine.showFolder) showFolder(*commandLine.showFolder);
   if (commandLine.openSettings) openSettings();
@@ -254,6 +258,8 @@ void AppDelegate::openSettings() {
         .trayAvailable = trayAvailable_,
         .dataDirectory = dataDirectory_,
     });
+    if (shortcutRecorder_)
+      settingsWindow_->shortcutRecorderSlot()->layout()->addWidget(new ShortcutField(*shortcutRecorder_));
   }
   settingsWindow_->show();
   settingsWindow_->raise();

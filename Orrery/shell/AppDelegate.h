@@ -82,8 +82,6 @@ class AppDelegate final : public QObject {
   void toggleOverlay();
   // Hides the overlay and brings the settings window to the front.
   void openSettings();
-  // The overlay with the folder called `name` open.
-  void showFolder(const QString& name);
   // Whether the desktop has a tray; Qt is asked unless this is set before
   // launch() (tests run where there is none).
   void setTrayAvailability(std::function<bool()> available) { trayAvailable_ = std::move(available); }

@@ -35,6 +35,10 @@ void CommandLine::describe(QCommandLineParser& parser) {
        QCoreApplication::translate(
            "CommandLine",
            "Show the overlay, page through it and search, log how long each frame took, and quit.")});
+  parser.addOption(
+      {QStringLiteral("trigger-test"),
+       QCoreApplication::translate("CommandLine",
+                                   "Run the checks of the hot corner and the shortcut, log each result, and quit.")});
 }
 
 CommandLine CommandLine::from(const QCommandLineParser& parser) {
@@ -45,6 +49,7 @@ CommandLine CommandLine::from(const QCommandLineParser& parser) {
     line.showFolder = parser.value(QStringLiteral("show-folder"));
   line.openSettings = parser.isSet(QStringLiteral("open-settings"));
   line.perfTest = parser.isSet(QStringLiteral("perf-test"));
+  line.triggerTest = parser.isSet(QStringLiteral("trigger-test"));
   line.listApps = parser.isSet(QStringLiteral("list-apps"));
   line.all = parser.isSet(QStringLiteral("all"));
   return line;

@@ -26,12 +26,15 @@ struct CommandLine {
   std::optional<QString> showFolder{};
   bool openSettings = false;
   bool perfTest = false;
+  bool triggerTest = false;
   bool listApps = false;
   bool all = false;  // with listApps: the entries that are not shown too
 
   // Asks the program to do something visible; a start without any of these
   // is a plain re-launch.
-  bool hasAction() const { return toggle || showOverlay || showFolder || openSettings || perfTest; }
+  bool hasAction() const {
+    return toggle || showOverlay || showFolder || openSettings || perfTest || triggerTest;
+  }
 
   // Adds every option (and --help, --version) to `parser`.
   static void describe(QCommandLineParser& parser);

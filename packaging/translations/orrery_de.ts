@@ -39,6 +39,10 @@
         <source>Show the overlay, page through it and search, log how long each frame took, and quit.</source>
         <translation>Die Übersicht zeigen, durchblättern und durchsuchen, die Dauer jedes Bildes protokollieren und beenden.</translation>
     </message>
+    <message>
+        <source>Run the checks of the hot corner and the shortcut, log each result, and quit.</source>
+        <translation>Die Prüfungen der aktiven Ecke und des Tastenkürzels ausführen, jedes Ergebnis protokollieren und beenden.</translation>
+    </message>
 </context>
 <context>
     <name>orrery::app::SettingsWindow</name>

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -197,8 +198,8 @@ void X11WindowSystem::prepareOverlay(QWindow& overlay) {
       atoms_[netWmStateAbove],     atoms_[netWmStateFullscreen],      atoms_[netWmStateSkipTaskbar],
       atoms_[netWmStateSkipPager], atoms_[kdeNetWmStateSkipSwitcher],
   };
-  if (overlay.isVisible()) {
-    // A managed window's states belong to the window manager: ask it.
+  // A managed window's states belong to the window manager: ask it.
+  const auto askForStates = [this, window, states] {
     for (const xcb_atom_t state : states) {
       auto event = clientMessage(window, atoms_[netWmState]);
       event.data.data32[0] = kStateAdd;
@@ -206,10 +207,25 @@ void X11WindowSystem::prepareOverlay(QWindow& overlay) {
       event.data.data32[3] = kFromApplication;
       sendToRoot(connection_, root_, event);
     }
+    xcb_flush(connection_);
+  };
+  if (overlay.isVisible()) {
+    askForStates();
   } else {
     // Qt adds its own states to these when it maps the window.
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atoms_[netWmState], XCB_ATOM_ATOM, 32,
                         static_cast<std::uint32_t>(states.size()), states.data());
+    // A window manager that has not yet dealt with the window's last unmap
+    // deletes that property when it does (a withdrawn window has no
+    // states), after we wrote it: so ask again once the window is mapped.
+    // The requests follow Qt's map on the same connection, so the window
+    // manager reads them after it has taken the window back.
+    auto once = std::make_shared<QMetaObject::Connection>();
+    *once = QObject::connect(&overlay, &QWindow::visibleChanged, &overlay, [once, askForStates](bool visible) {
+      if (!visible) return;
+      QObject::disconnect(*once);
+      askForStates();
+    });
   }
 
   // A normal window: the launcher must take the keyboard for its search,
