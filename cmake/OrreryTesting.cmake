@@ -18,7 +18,7 @@ function(orrery_add_test_folder name folder)
   target_link_libraries(${name} PRIVATE ${arg_UNPARSED_ARGUMENTS} GTest::gtest GTest::gtest_main GTest::gmock)
   set(properties LABELS "${name}")
   if(arg_ENVIRONMENT)
-    string(REPLACE ";" "\\;" environment "${arg_ENVIRONMENT}")
+    string(REPLACE ";" "\\\\\\\\;" environment "${arg_ENVIRONMENT}")
     list(APPEND properties ENVIRONMENT "${environment}")
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60

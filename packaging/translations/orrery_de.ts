@@ -45,6 +45,52 @@
     </message>
 </context>
 <context>
+    <name>orrery::app::OverlayController</name>
+    <message>
+        <source>Sort all apps and folders by name?</source>
+        <translation>Alle Programme und Ordner nach Namen sortieren?</translation>
+    </message>
+    <message>
+        <source>Folders come first, then apps, each from A to Z. You can undo it right afterwards.</source>
+        <translation>Zuerst die Ordner, dann die Programme, jeweils von A bis Z. Gleich danach lässt sich das rückgängig machen.</translation>
+    </message>
+    <message>
+        <source>The arrangement also changes on your other Macs.</source>
+        <translation>Die Anordnung ändert sich auch auf Ihren anderen Rechnern.</translation>
+    </message>
+</context>
+<context>
+    <name>orrery::app::OverlayModel</name>
+    <message>
+        <source>Move to Trash …</source>
+        <translation>In den Papierkorb verschieben …</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>Rename</source>
+        <translation>Umbenennen</translation>
+    </message>
+    <message>
+        <source>Dissolve Folder</source>
+        <translation>Ordner auflösen</translation>
+    </message>
+    <message>
+        <source>Hide</source>
+        <translation>Ausblenden</translation>
+    </message>
+    <message>
+        <source>Remove from Folder</source>
+        <translation>Aus dem Ordner entfernen</translation>
+    </message>
+    <message>
+        <source>Sort by Name …</source>
+        <translation>Nach Namen sortieren …</translation>
+    </message>
+</context>
+<context>
     <name>orrery::app::SettingsWindow</name>
     <message>
         <source>None</source>
@@ -299,6 +345,29 @@
     </message>
 </context>
 <context>
+    <name>orrery::app::ShortcutField</name>
+    <message>
+        <source>Record a new keyboard shortcut</source>
+        <translation>Neues Tastenkürzel aufnehmen</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>Remove the keyboard shortcut</source>
+        <translation>Das Tastenkürzel entfernen</translation>
+    </message>
+    <message>
+        <source>Press the new shortcut …</source>
+        <translation>Neues Tastenkürzel drücken …</translation>
+    </message>
+    <message>
+        <source>Record Shortcut</source>
+        <translation>Tastenkürzel aufnehmen</translation>
+    </message>
+</context>
+<context>
     <name>orrery::app::TrayItem</name>
     <message>
         <source>Show Orrery</source>
@@ -311,6 +380,29 @@
     <message>
         <source>Quit Orrery</source>
         <translation>Orrery beenden</translation>
+    </message>
+</context>
+<context>
+    <name>orrery::app::TriggerStatus</name>
+    <message>
+        <source>This shortcut is already used by another app.</source>
+        <comment>Shown next to the shortcut recorder when another program holds the combination</comment>
+        <translation>Dieses Tastenkürzel wird bereits von einem anderen Programm verwendet.</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t register the shortcut.</source>
+        <comment>Shown next to the shortcut recorder when the shortcut could not be set up</comment>
+        <translation>Das Tastenkürzel konnte nicht eingerichtet werden.</translation>
+    </message>
+    <message>
+        <source>Hot corners aren&apos;t available in this session: the compositor doesn&apos;t let apps follow the pointer across the desktop. Use a keyboard shortcut instead.</source>
+        <comment>Shown instead of the hot-corner choice on desktops (Wayland) where it can&apos;t work</comment>
+        <translation>Aktive Ecken sind in dieser Sitzung nicht verfügbar: Der Compositor erlaubt Programmen nicht, dem Zeiger über den ganzen Schreibtisch zu folgen. Verwenden Sie stattdessen ein Tastenkürzel.</translation>
+    </message>
+    <message>
+        <source>This desktop doesn&apos;t let apps set a global shortcut. Bind the command “orrery --toggle” to a key in your desktop&apos;s keyboard settings.</source>
+        <comment>Shown next to the shortcut recorder where the program can&apos;t hold a shortcut itself</comment>
+        <translation>Diese Arbeitsumgebung erlaubt Programmen keine globalen Tastenkürzel. Legen Sie den Befehl „orrery --toggle“ in den Tastatureinstellungen Ihrer Arbeitsumgebung auf eine Taste.</translation>
     </message>
 </context>
 <context>
