@@ -91,9 +91,13 @@ TEST_F(OverlayProgramTest, TypingANameAndReturnLaunchesItAndHidesTheOverlay) {
 
   ASSERT_TRUE(session->type("marker"));
   ASSERT_TRUE(session->key({"Return"}));
-  ASSERT_TRUE(session->waitUntil([&] { return fs::exists(marker()); }, 20s)) << log();
-  std::ifstream in(marker());
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "launched");
+  // The shell creates the file before printf writes into it: wait for the
+  // content, not for the file.
+  const auto marked = [&] {
+    std::ifstream in(marker());
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  };
+  ASSERT_TRUE(session->waitUntil([&] { return marked() == "launched"; }, 20s)) << marked() << log();
   EXPECT_TRUE(session->waitUntil([&] { return !session->isViewable(*overlay); }, 10s));
 }
 
