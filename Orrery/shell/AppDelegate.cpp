@@ -15,6 +15,7 @@
 #include "Orrery/shell/StartupSync.h"
 #include "Orrery/triggers/ShortcutField.h"
 #include "Orrery/triggers/TriggerChecks.h"
+#include "Orrery/triggers/TriggerNotes.h"
 #include "OrreryCore/text/Collation.h"
 #include "OrreryCore/text/Localized.h"
 
@@ -260,6 +261,7 @@ void AppDelegate::openSettings() {
     });
     if (shortcutRecorder_)
       settingsWindow_->shortcutRecorderSlot()->layout()->addWidget(new ShortcutField(*shortcutRecorder_));
+    if (triggers_) settingsWindow_->shortcutRecorderSlot()->layout()->addWidget(new TriggerNotes(triggers_->status()));
   }
   settingsWindow_->show();
   settingsWindow_->raise();

@@ -13,6 +13,7 @@
 
 #include "Orrery/triggers/ShortcutField.h"
 #include "Orrery/triggers/ShortcutRecorder.h"
+#include "Orrery/triggers/TriggerNotes.h"
 
 namespace orrery::app {
 namespace {
@@ -140,6 +141,19 @@ TEST_F(ShortcutRecorderTest, TheFieldRecordsWhatIsPressedAndShowsTheError) {
   status.setHotKeyError(TriggerStatus::alreadyUsedText());
   EXPECT_FALSE(error->isHidden());
   EXPECT_EQ(error->text(), TriggerStatus::alreadyUsedText());
+}
+
+TEST_F(ShortcutRecorderTest, TheNotesSayWhatTheDesktopDoesAndHideWhenThereIsNothing) {
+  TriggerNotes notes(status);
+  EXPECT_TRUE(notes.isHidden());
+  status.setSystemCornerWarning(QStringLiteral("The desktop uses this corner itself."));
+  status.setHotCornerAvailable(false);
+  EXPECT_FALSE(notes.isHidden());
+  EXPECT_TRUE(notes.text().contains(QStringLiteral("The desktop uses this corner itself.")));
+  EXPECT_TRUE(notes.text().contains(status.hotCornerNote()));
+  status.setSystemCornerWarning({});
+  status.setHotCornerAvailable(true);
+  EXPECT_TRUE(notes.isHidden());
 }
 
 }  // namespace

@@ -51,7 +51,7 @@ void ShortcutField::refresh() {
   record_->setText(recorder_.recording() ? tr("Press the new shortcut …")
                    : stored.isEmpty()    ? tr("Record Shortcut")
                                          : stored);
-  clear_->setEnabled(!recorder_.recording());
+  clear_->setEnabled(!recorder_.recording() && !stored.isEmpty());
   error_->setText(recorder_.error());
   error_->setVisible(!recorder_.error().isEmpty());
 }
