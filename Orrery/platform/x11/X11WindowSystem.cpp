@@ -4,11 +4,13 @@
 #include <QGuiApplication>
 #include <QWindow>
 
+#include <chrono>
 #include <cstdlib>
 #include <limits>
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <thread>
 
 // Last: Xlib's macros (None, Bool, Status...) would clash with Qt's headers.
 #include <X11/Xlib.h>
@@ -40,6 +42,7 @@ constexpr std::string_view kAtomNames[] = {
     "_NET_WM_WINDOW_TYPE_NORMAL",
     "_KDE_NET_WM_WINDOW_TYPE_OVERRIDE",
     "_NET_WM_BYPASS_COMPOSITOR",
+    "WM_STATE",
 };
 
 // Source indication of _NET_ACTIVE_WINDOW and _NET_WM_STATE requests.
@@ -212,6 +215,7 @@ void X11WindowSystem::prepareOverlay(QWindow& overlay) {
   if (overlay.isVisible()) {
     askForStates();
   } else {
+    waitUntilWithdrawn(window);
     // Qt adds its own states to these when it maps the window.
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atoms_[netWmState], XCB_ATOM_ATOM, 32,
                         static_cast<std::uint32_t>(states.size()), states.data());
@@ -244,6 +248,25 @@ void X11WindowSystem::prepareOverlay(QWindow& overlay) {
   xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atoms_[netWmBypassCompositor],
                       XCB_ATOM_CARDINAL, 32, 1, &kKeepComposited);
   xcb_flush(connection_);
+}
+
+void X11WindowSystem::waitUntilWithdrawn(std::uint32_t window) {
+  // A window that was hidden a moment ago may still be managed: the window
+  // manager takes it back only when it gets to the unmap. Mapped again
+  // before that, it can end up mapped but unmanaged, and the states written
+  // now are erased by the late clean-up. The rules for clients say to wait
+  // until the window manager has withdrawn it (WM_STATE gone or Withdrawn);
+  // usually it has, during the fade-out. A window manager that never answers
+  // costs at most a quarter of a second.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(250);
+  for (;;) {
+    const auto cookie = xcb_get_property(connection_, 0, window, atoms_[wmState], atoms_[wmState], 0, 1);
+    Freed<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_, cookie, nullptr));
+    const bool withdrawn = !reply || xcb_get_property_value_length(reply.value) < 4 ||
+                           *static_cast<const std::uint32_t*>(xcb_get_property_value(reply.value)) == 0;
+    if (withdrawn || std::chrono::steady_clock::now() >= deadline) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
 }
 
 std::uint32_t X11WindowSystem::serverTime() {

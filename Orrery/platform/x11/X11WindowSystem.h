@@ -64,11 +64,13 @@ class X11WindowSystem final : public app::WindowSystem {
     netWmWindowTypeNormal,
     kdeNetWmWindowTypeOverride,
     netWmBypassCompositor,
+    wmState,
     atomCount,
   };
   class TimeSource;
 
   std::uint32_t serverTime();
+  void waitUntilWithdrawn(std::uint32_t window);
 
   xcb_connection_t* connection_;
   std::string displayName_;
