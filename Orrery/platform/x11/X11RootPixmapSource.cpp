@@ -8,19 +8,10 @@
 #include <cstring>
 #include <string_view>
 
+#include "Orrery/platform/x11/Freed.h"
+
 namespace orrery::platform {
 namespace {
-
-template <typename T>
-struct Freed {
-  explicit Freed(T* pointer) : value(pointer) {}
-  ~Freed() { std::free(value); }
-  Freed(const Freed&) = delete;
-  Freed& operator=(const Freed&) = delete;
-  T* operator->() const { return value; }
-  explicit operator bool() const { return value != nullptr; }
-  T* value;
-};
 
 xcb_atom_t atom(xcb_connection_t* connection, std::string_view name, bool onlyIfExists) {
   const auto cookie =
@@ -77,12 +68,11 @@ std::expected<QImage, QString> readPixmap(const std::string& displayName, xcb_pi
   bool fourBytes = false;
   for (auto formats = xcb_setup_pixmap_formats_iterator(setup); formats.rem > 0; xcb_format_next(&formats))
     if (formats.data->depth == geometry->depth) fourBytes = formats.data->bits_per_pixel == 32;
-  const bool ourOrder = (setup->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST) ==
-                        (Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
+  const bool ourOrder =
+      (setup->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST) == (Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
   const int width = geometry->width;
   const int height = geometry->height;
-  if (!image || !fourBytes || !ourOrder ||
-      xcb_get_image_data_length(image.value) < width * height * 4) {
+  if (!image || !fourBytes || !ourOrder || xcb_get_image_data_length(image.value) < width * height * 4) {
     close();
     return std::unexpected(name + QStringLiteral(": Bildpunkte nicht lesbar"));
   }
@@ -97,7 +87,8 @@ std::expected<QImage, QString> readPixmap(const std::string& displayName, xcb_pi
 
 std::unique_ptr<X11RootPixmapSource> X11RootPixmapSource::open(const std::string& displayName) {
   int screenNumber = 0;
-  xcb_connection_t* connection = xcb_connect(displayName.empty() ? nullptr : displayName.c_str(), &screenNumber);
+  xcb_connection_t* connection =
+      xcb_connect(displayName.empty() ? nullptr : displayName.c_str(), &screenNumber);
   if (xcb_connection_has_error(connection) != 0) {
     xcb_disconnect(connection);
     return nullptr;
@@ -143,7 +134,8 @@ std::optional<app::DesktopPicture> X11RootPixmapSource::current() {
   if (pixmap == XCB_NONE) pixmap = pixmapIn(connection_, root_, setRootAtom_);
   // Events that came in with the replies are queued inside xcb, where the
   // socket notifier does not see them: read them once this call is over.
-  QMetaObject::invokeMethod(notifier_.get(), [this] { readEvents(); }, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(
+      notifier_.get(), [this] { readEvents(); }, Qt::QueuedConnection);
   if (pixmap == XCB_NONE) return std::nullopt;
   const std::string displayName = displayName_;
   return app::DesktopPicture{QStringLiteral("x11-root-pixmap:0x%1").arg(pixmap, 0, 16),

@@ -12,23 +12,13 @@
 #include <string_view>
 #include <thread>
 
+#include "Orrery/platform/x11/Freed.h"
+
 // Last: Xlib's macros (None, Bool, Status...) would clash with Qt's headers.
 #include <X11/Xlib.h>
 
 namespace orrery::platform {
 namespace {
-
-// Frees an xcb reply or event when it goes out of scope.
-template <typename T>
-struct Freed {
-  explicit Freed(T* pointer) : value(pointer) {}
-  ~Freed() { std::free(value); }
-  Freed(const Freed&) = delete;
-  Freed& operator=(const Freed&) = delete;
-  T* operator->() const { return value; }
-  explicit operator bool() const { return value != nullptr; }
-  T* value;
-};
 
 constexpr std::string_view kAtomNames[] = {
     "_NET_ACTIVE_WINDOW",
@@ -225,11 +215,12 @@ void X11WindowSystem::prepareOverlay(QWindow& overlay) {
     // The requests follow Qt's map on the same connection, so the window
     // manager reads them after it has taken the window back.
     auto once = std::make_shared<QMetaObject::Connection>();
-    *once = QObject::connect(&overlay, &QWindow::visibleChanged, &overlay, [once, askForStates](bool visible) {
-      if (!visible) return;
-      QObject::disconnect(*once);
-      askForStates();
-    });
+    *once =
+        QObject::connect(&overlay, &QWindow::visibleChanged, &overlay, [once, askForStates](bool visible) {
+          if (!visible) return;
+          QObject::disconnect(*once);
+          askForStates();
+        });
   }
 
   // A normal window: the launcher must take the keyboard for its search,
