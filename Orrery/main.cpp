@@ -3,15 +3,15 @@
 // runs in this session, hands the command line to it and ends.
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QQuickWindow>
-#include <QSGRendererInterface>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QQuickWindow>
+#include <QSGRendererInterface>
 #include <QTimer>
 #include <QTranslator>
 
-#include <optional>
 #include <iostream>
+#include <optional>
 
 #include "Orrery/base/Logging.h"
 #include "Orrery/platform/PlatformFactory.h"

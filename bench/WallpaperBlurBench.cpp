@@ -21,8 +21,8 @@
 #include <malloc.h>
 
 #include <cstdint>
-#include <functional>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <string>
 

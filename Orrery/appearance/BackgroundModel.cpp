@@ -42,9 +42,10 @@ double veilFor(double brightness, double target, double minimum) {
 // The mean brightness of an opaque picture, from a grid of samples.
 double brightnessOf(const QImage& image) {
   if (image.isNull()) return 0;
-  const QImage rgb = image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_ARGB32_Premultiplied
-                         ? image
-                         : image.convertToFormat(QImage::Format_RGB32);
+  const QImage rgb =
+      image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_ARGB32_Premultiplied
+          ? image
+          : image.convertToFormat(QImage::Format_RGB32);
   const int step = std::max(1, std::min(rgb.width(), rgb.height()) / 64);
   double sum = 0;
   long count = 0;
@@ -94,7 +95,8 @@ class WallpaperProvider final : public QQuickImageProvider {
     bool ok = false;
     const std::uint32_t displayID = id.section(u'/', 0, 0).toUInt(&ok);
     QImage image = ok ? lookup_(displayID) : QImage();
-    if (!image.isNull() && requestedSize.isValid() && !requestedSize.isEmpty() && requestedSize != image.size())
+    if (!image.isNull() && requestedSize.isValid() && !requestedSize.isEmpty() &&
+        requestedSize != image.size())
       image = image.scaled(requestedSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     if (size != nullptr) *size = image.size();
     return image;
@@ -106,8 +108,8 @@ class WallpaperProvider final : public QQuickImageProvider {
 
 }  // namespace
 
-BackgroundModel::BackgroundModel(DesktopPictureSource& source, Clock& clock, WallpaperCache::Renderer renderer,
-                                 QObject* parent)
+BackgroundModel::BackgroundModel(DesktopPictureSource& source, Clock& clock,
+                                 WallpaperCache::Renderer renderer, QObject* parent)
     : QObject(parent),
       source_(source),
       clock_(clock),
@@ -128,9 +130,8 @@ BackgroundModel::BackgroundModel(DesktopPictureSource& source, Clock& clock, Wal
 BackgroundModel::~BackgroundModel() { source_.setOnChanged({}); }
 
 QQuickImageProvider* BackgroundModel::makeImageProvider() const {
-  return new WallpaperProvider([published = published_](std::uint32_t displayID) {
-    return published->get(displayID);
-  });
+  return new WallpaperProvider(
+      [published = published_](std::uint32_t displayID) { return published->get(displayID); });
 }
 
 std::uint32_t BackgroundModel::displayID(const QScreen& screen) {
@@ -139,7 +140,8 @@ std::uint32_t BackgroundModel::displayID(const QScreen& screen) {
 
 void BackgroundModel::attach(QQuickView& view, std::function<bool()> composited) {
   view.engine()->addImageProvider(QLatin1String(providerName), makeImageProvider());
-  if (QQuickItem* root = view.rootObject()) root->setProperty("background", QVariant::fromValue<QObject*>(this));
+  if (QQuickItem* root = view.rootObject())
+    root->setProperty("background", QVariant::fromValue<QObject*>(this));
   QQuickWindow& window = view;
   window_ = &window;
   // Premultiplied alpha: without a compositor the alpha channel is simply
@@ -177,8 +179,9 @@ void BackgroundModel::followScreens() {
     const QSize pixels = (QSizeF(screen->geometry().size()) * screen->devicePixelRatio()).toSize();
     displays.push_back({displayID(*screen), pixels});
   }
-  const QScreen* shown = window_ != nullptr && window_->screen() != nullptr ? window_->screen()
-                                                                           : QGuiApplication::primaryScreen();
+  const QScreen* shown = window_ != nullptr && window_->screen() != nullptr
+                             ? window_->screen()
+                             : QGuiApplication::primaryScreen();
   setDisplays(std::move(displays), shown != nullptr ? displayID(*shown) : 0);
 }
 
@@ -224,7 +227,8 @@ void BackgroundModel::refreshRenders() {
       }
       for (const Display& display : displays_) {
         if (display.pixels.isEmpty()) continue;
-        WallpaperKey key{display.id, picture->name.toStdString(), display.pixels.width(), display.pixels.height()};
+        WallpaperKey key{display.id, picture->name.toStdString(), display.pixels.width(),
+                         display.pixels.height()};
         wanted.emplace(display.id, WallpaperCache::Wanted{std::move(key), *picture});
       }
     } else if (!noPictureLogged_) {
@@ -258,10 +262,8 @@ void BackgroundModel::update() {
       published_->set(current_, image);
     }
     if (!image.isNull()) {
-      picture = QUrl(QStringLiteral("image://%1/%2/%3")
-                         .arg(QLatin1String(providerName))
-                         .arg(current_)
-                         .arg(serial_));
+      picture = QUrl(
+          QStringLiteral("image://%1/%2/%3").arg(QLatin1String(providerName)).arg(current_).arg(serial_));
       veil = style_ == BackgroundStyle::glass
                  ? veilFor(pictureBrightness_, kGlassBrightness, kGlassMinimumVeil)
                  : veilFor(pictureBrightness_, kPictureBrightness, kPictureMinimumVeil);

@@ -76,7 +76,8 @@ class BackgroundModel final : public QObject {
   // return of a slideshow's next picture. `renderer` renders on the
   // cache's worker (tests pass one they control).
   BackgroundModel(DesktopPictureSource& source, Clock& clock,
-                  WallpaperCache::Renderer renderer = &WallpaperCache::blurredRender, QObject* parent = nullptr);
+                  WallpaperCache::Renderer renderer = &WallpaperCache::blurredRender,
+                  QObject* parent = nullptr);
   ~BackgroundModel() override;
 
   // A provider for a QML engine, which takes ownership.

@@ -12,14 +12,16 @@ namespace {
 constexpr int kShift = 24;
 
 std::uint64_t reciprocal(int width) {
-  return ((std::uint64_t{1} << kShift) + static_cast<std::uint64_t>(width) / 2) / static_cast<std::uint64_t>(width);
+  return ((std::uint64_t{1} << kShift) + static_cast<std::uint64_t>(width) / 2) /
+         static_cast<std::uint64_t>(width);
 }
 
 std::uint32_t average(const std::array<std::uint64_t, 4>& sums, std::uint64_t scale) {
   constexpr std::uint64_t half = std::uint64_t{1} << (kShift - 1);
   std::uint32_t pixel = 0;
   for (int channel = 0; channel < 4; ++channel) {
-    const auto value = std::min<std::uint64_t>((sums[static_cast<std::size_t>(channel)] * scale + half) >> kShift, 255);
+    const auto value =
+        std::min<std::uint64_t>((sums[static_cast<std::size_t>(channel)] * scale + half) >> kShift, 255);
     pixel |= static_cast<std::uint32_t>(value) << (8 * channel);
   }
   return pixel;
@@ -31,7 +33,8 @@ void add(std::array<std::uint64_t, 4>& sums, std::uint32_t pixel, std::uint64_t 
 }
 
 void subtract(std::array<std::uint64_t, 4>& sums, std::uint32_t pixel) {
-  for (int channel = 0; channel < 4; ++channel) sums[static_cast<std::size_t>(channel)] -= (pixel >> (8 * channel)) & 0xff;
+  for (int channel = 0; channel < 4; ++channel)
+    sums[static_cast<std::size_t>(channel)] -= (pixel >> (8 * channel)) & 0xff;
 }
 
 // One box of radius `radius` along each row, from `from` into `to`.
@@ -61,7 +64,8 @@ void verticalBox(const QImage& from, QImage& to, int radius) {
   const std::uint64_t scale = reciprocal(2 * radius + 1);
   std::vector<std::array<std::uint64_t, 4>> sums(static_cast<std::size_t>(width));
   const auto row = [&from](int y) { return reinterpret_cast<const std::uint32_t*>(from.constScanLine(y)); };
-  for (int x = 0; x < width; ++x) add(sums[static_cast<std::size_t>(x)], row(0)[x], static_cast<std::uint64_t>(radius) + 1);
+  for (int x = 0; x < width; ++x)
+    add(sums[static_cast<std::size_t>(x)], row(0)[x], static_cast<std::uint64_t>(radius) + 1);
   for (int y = 1; y <= radius; ++y) {
     const std::uint32_t* in = row(std::min(y, height - 1));
     for (int x = 0; x < width; ++x) add(sums[static_cast<std::size_t>(x)], in[x]);
@@ -98,7 +102,8 @@ std::array<int, 3> WallpaperBlur::boxRadii(double sigma) {
   const double m = (12 * sigma * sigma - n * lower * lower - 4 * n * lower - 3 * n) / (-4.0 * lower - 4);
   const int smaller = static_cast<int>(std::lround(m));
   std::array<int, 3> radii{};
-  for (int i = 0; i < n; ++i) radii[static_cast<std::size_t>(i)] = ((i < smaller ? lower : lower + 2) - 1) / 2;
+  for (int i = 0; i < n; ++i)
+    radii[static_cast<std::size_t>(i)] = ((i < smaller ? lower : lower + 2) - 1) / 2;
   return radii;
 }
 

@@ -63,7 +63,8 @@ void WallpaperCache::finish(const WallpaperKey& key, Result result) {
     qCWarning(appearanceLog, "Schreibtischbild nicht lesbar (%s); Glas als Ersatz", qUtf8Printable(reason));
   if (finished.published) emit pictureReady(key.displayID);
   const auto shown = bookkeeping_.current.find(key.displayID);
-  if (!result && shown != bookkeeping_.current.end() && shown->second == key) emit renderFailed(key.displayID);
+  if (!result && shown != bookkeeping_.current.end() && shown->second == key)
+    emit renderFailed(key.displayID);
 }
 
 QImage WallpaperCache::image(std::uint32_t displayID) const {

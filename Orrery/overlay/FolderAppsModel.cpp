@@ -38,7 +38,8 @@ void FolderAppsModel::setApps(const std::unordered_map<std::string, AppInfo>& ap
     const bool same = (then == before.end() || now == apps_.end())
                           ? (then == before.end()) == (now == apps_.end())
                           : then->second == now->second;
-    if (!same) emit dataChanged(index(static_cast<int>(i)), index(static_cast<int>(i)), {NameRole, IconSourceRole});
+    if (!same)
+      emit dataChanged(index(static_cast<int>(i)), index(static_cast<int>(i)), {NameRole, IconSourceRole});
   }
 }
 

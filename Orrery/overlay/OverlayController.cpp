@@ -321,7 +321,8 @@ QString OverlayController::sortSheetMessage() { return tr("Sort all apps and fol
 
 QString OverlayController::sortSheetText() const {
   QString text = tr("Folders come first, then apps, each from A to Z. You can undo it right afterwards.");
-  if (model_.syncEnabled()) text += QStringLiteral("\n\n") + tr("The arrangement also changes on your other Macs.");
+  if (model_.syncEnabled())
+    text += QStringLiteral("\n\n") + tr("The arrangement also changes on your other Macs.");
   return text;
 }
 
@@ -352,7 +353,8 @@ void OverlayController::noteMouseDown(const QWindow& window) {
   // A click in the overlay or in a sheet on it brings the keyboard home; a
   // click anywhere else of ours is the user choosing that window.
   bool inPanel = false;
-  for (const QWindow* w = &window; w != nullptr && !inPanel; w = w->transientParent()) inPanel = w == view_.get();
+  for (const QWindow* w = &window; w != nullptr && !inPanel; w = w->transientParent())
+    inPanel = w == view_.get();
   if (keyboardYielded_ == !inPanel) return;
   keyboardYielded_ = !inPanel;
   reevaluateFocus();

@@ -43,11 +43,11 @@
 #include <optional>
 
 #include "Orrery/base/Clock.h"
-#include "OrreryCore/overlay/OverlayFocus.h"
 #include "Orrery/overlay/EscapeFallback.h"
 #include "Orrery/overlay/OverlayModel.h"
 #include "Orrery/overlay/SwipeTracker.h"
 #include "Orrery/overlay/WindowSystem.h"
+#include "OrreryCore/overlay/OverlayFocus.h"
 
 class QKeyEvent;
 class QQuickImageProvider;

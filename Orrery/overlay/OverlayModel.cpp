@@ -457,7 +457,8 @@ void OverlayModel::openItemMenu(int index, double x, double y) {
              x, y, false);
   } else {
     menuTarget_ = {*item.appID(), {}};
-    showMenu({{tr("Open"), MenuAction::open, true}, {tr("Hide"), MenuAction::hide, true}, trashEntry()}, x, y, false);
+    showMenu({{tr("Open"), MenuAction::open, true}, {tr("Hide"), MenuAction::hide, true}, trashEntry()}, x, y,
+             false);
   }
 }
 
@@ -505,7 +506,8 @@ void OverlayModel::openMenuAtFocus() {
 
 void OverlayModel::showMenu(std::vector<MenuEntry> entries, double x, double y, bool atFocus) {
   menu_ = std::move(entries);
-  const auto enabled = std::find_if(menu_.begin(), menu_.end(), [](const MenuEntry& entry) { return entry.enabled; });
+  const auto enabled =
+      std::find_if(menu_.begin(), menu_.end(), [](const MenuEntry& entry) { return entry.enabled; });
   menuIndex_ = enabled == menu_.end() ? -1 : static_cast<int>(enabled - menu_.begin());
   menuX_ = x;
   menuY_ = y;
@@ -536,7 +538,8 @@ void OverlayModel::moveMenuSelection(int by) {
 QVariantList OverlayModel::menuEntries() const {
   QVariantList entries;
   for (const MenuEntry& entry : menu_)
-    entries.push_back(QVariantMap{{QStringLiteral("title"), entry.title}, {QStringLiteral("enabled"), entry.enabled}});
+    entries.push_back(
+        QVariantMap{{QStringLiteral("title"), entry.title}, {QStringLiteral("enabled"), entry.enabled}});
   return entries;
 }
 

@@ -42,8 +42,8 @@
 #include "Orrery/overlay/ArrangementListModel.h"
 #include "Orrery/overlay/FolderAppsModel.h"
 #include "Orrery/overlay/SearchResultsModel.h"
-#include "OrreryCore/catalog/AppInfo.h"
 #include "OrreryCore/arrangement/SortUndo.h"
+#include "OrreryCore/catalog/AppInfo.h"
 #include "OrreryCore/overlay/OverlayState.h"
 #include "OrreryCore/overlay/ScrollGrid.h"
 #include "OrreryCore/settings/Settings.h"
@@ -70,7 +70,8 @@ class OverlayModel final : public QObject {
   Q_PROPERTY(QObject* items READ items CONSTANT)
   Q_PROPERTY(QObject* searchResults READ searchResults CONSTANT)
   Q_PROPERTY(int resultCount READ resultCount NOTIFY resultCountChanged)
-  Q_PROPERTY(QString folderNameDraft READ folderNameDraft WRITE setFolderNameDraft NOTIFY folderNameDraftChanged)
+  Q_PROPERTY(
+      QString folderNameDraft READ folderNameDraft WRITE setFolderNameDraft NOTIFY folderNameDraftChanged)
   Q_PROPERTY(QObject* folderApps READ folderApps CONSTANT)
   Q_PROPERTY(int folderColumns READ folderColumns NOTIFY folderColumnsChanged)
   Q_PROPERTY(int renameRequest READ renameRequest NOTIFY renameRequestChanged)
@@ -227,7 +228,9 @@ class OverlayModel final : public QObject {
   // The items of one page of the grid, following every change like
   // `items`. Made on first use and kept by the model.
   Q_INVOKABLE QObject* pageItems(int page);
-  ArrangementListModel& pageItemsModel(int page) { return *static_cast<ArrangementListModel*>(pageItems(page)); }
+  ArrangementListModel& pageItemsModel(int page) {
+    return *static_cast<ArrangementListModel*>(pageItems(page));
+  }
 
   QObject* items() { return &items_; }
   QObject* searchResults() { return &searchResults_; }
@@ -280,8 +283,8 @@ class OverlayModel final : public QObject {
   void refreshSortAbility();
 
   struct MenuTarget {
-    std::string appID;   // an app's menu
-    QString folderID;    // a folder's menu, or the folder the app is in
+    std::string appID;  // an app's menu
+    QString folderID;   // a folder's menu, or the folder the app is in
   };
 
   OverlayState state_;

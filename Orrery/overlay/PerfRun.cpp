@@ -23,7 +23,8 @@ void PerfRun::start() {
   // The first frame of a folder's panel, for the largest folder there is.
   const Folder* largest = nullptr;
   for (const LayoutItem& item : model_.state().layout().items)
-    if (const Folder* folder = item.asFolder(); folder != nullptr && (largest == nullptr || folder->appIDs.size() > largest->appIDs.size()))
+    if (const Folder* folder = item.asFolder();
+        folder != nullptr && (largest == nullptr || folder->appIDs.size() > largest->appIDs.size()))
       largest = folder;
   if (largest != nullptr) {
     const QString id = QString::fromStdString(largest->id.text());

@@ -3,8 +3,8 @@
 #include <QDateTime>
 #include <QFileInfo>
 #include <QGuiApplication>
-#include <QScreen>
 #include <QPalette>
+#include <QScreen>
 #include <QSettings>
 #include <QStandardPaths>
 
@@ -23,21 +23,21 @@
 #include "Orrery/platform/drm/GraphicsDevices.h"
 #include "Orrery/platform/gio/DesktopHotCorners.h"
 #include "Orrery/platform/gio/GioAppOpener.h"
+#include "Orrery/platform/gnome/GnomeWallpaperSource.h"
+#include "Orrery/platform/kde/PlasmaWallpaperSource.h"
+#include "Orrery/platform/qt/PictureFiles.h"
 #include "Orrery/platform/wayland/PortalGlobalShortcuts.h"
 #include "Orrery/platform/x11/X11EventConnection.h"
 #include "Orrery/platform/x11/X11GlobalPointer.h"
 #include "Orrery/platform/x11/X11KeyGrabs.h"
-#include "Orrery/platform/gnome/GnomeWallpaperSource.h"
-#include "Orrery/platform/kde/PlasmaWallpaperSource.h"
-#include "Orrery/platform/qt/PictureFiles.h"
 #include "Orrery/platform/x11/X11KeyboardLayout.h"
 #include "Orrery/platform/x11/X11RootPixmapSource.h"
 #include "Orrery/platform/x11/X11WindowSystem.h"
-#include "Orrery/platform/xfce/XfceWallpaperSource.h"
 #include "Orrery/platform/xdg/DesktopEntryFormat.h"
 #include "Orrery/platform/xdg/XdgAutostart.h"
 #include "Orrery/platform/xdg/XdgDirectories.h"
 #include "Orrery/platform/xdg/XdgIconLocator.h"
+#include "Orrery/platform/xfce/XfceWallpaperSource.h"
 
 #include <xcb/xcb.h>
 // Last: Xlib's macros (None, Bool, Status...) would clash with Qt's headers.
@@ -243,7 +243,8 @@ std::string x11DisplayName() {
 
 }  // namespace
 
-std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource([[maybe_unused]] const app::Clock& clock) {
+std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource(
+    [[maybe_unused]] const app::Clock& clock) {
 #if defined(__APPLE__)
   return std::make_unique<NoPictureSource>();
 #else
@@ -252,11 +253,12 @@ std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource([[maybe_unus
   const auto running = [&environment](std::initializer_list<const char*> names) {
     for (const std::string& desktop : environment.currentDesktops)
       for (const char* name : names)
-        if (QString::fromStdString(desktop).compare(QLatin1String(name), Qt::CaseInsensitive) == 0) return true;
+        if (QString::fromStdString(desktop).compare(QLatin1String(name), Qt::CaseInsensitive) == 0)
+          return true;
     return false;
   };
   const QString configHome = QString::fromStdString(XdgDirectories::fromVariables(variables).configHome);
-  std::vector<std::unique_ptr<app::DesktopPictureSource>> sources;
+  std::vector<std::unique_ptr<app::DesktopPictureSource> > sources;
   if (running({"KDE"})) {
     QSize pixels(1920, 1080);
     if (const QScreen* screen = QGuiApplication::primaryScreen())
@@ -270,7 +272,8 @@ std::unique_ptr<app::DesktopPictureSource> makeDesktopPictureSource([[maybe_unus
   }
   if (running({"GNOME", "GNOME-Classic", "GNOME-Flashback", "Unity", "Budgie", "Pantheon", "ubuntu"})) {
     auto now = [&clock] {
-      const auto since = std::chrono::duration_cast<std::chrono::milliseconds>(clock.now().time_since_epoch());
+      const auto since =
+          std::chrono::duration_cast<std::chrono::milliseconds>(clock.now().time_since_epoch());
       return QDateTime::fromMSecsSinceEpoch(since.count());
     };
     if (auto gnome = GnomeWallpaperSource::fromSettings(now)) sources.push_back(std::move(gnome));
@@ -293,7 +296,8 @@ std::function<bool()> makeCompositorProbe() {
     char* host = nullptr;
     int display = 0;
     const std::string name = x11DisplayName();
-    if (xcb_parse_display(name.empty() ? nullptr : name.c_str(), &host, &display, &screen) != 0) std::free(host);
+    if (xcb_parse_display(name.empty() ? nullptr : name.c_str(), &host, &display, &screen) != 0)
+      std::free(host);
     return [connection = x11->connection(), screen] {
       return X11RootPixmapSource::compositorRunning(connection, screen);
     };

@@ -261,7 +261,8 @@ void AppDelegate::openSettings() {
     });
     if (shortcutRecorder_)
       settingsWindow_->shortcutRecorderSlot()->layout()->addWidget(new ShortcutField(*shortcutRecorder_));
-    if (triggers_) settingsWindow_->shortcutRecorderSlot()->layout()->addWidget(new TriggerNotes(triggers_->status()));
+    if (triggers_)
+      settingsWindow_->shortcutRecorderSlot()->layout()->addWidget(new TriggerNotes(triggers_->status()));
   }
   settingsWindow_->show();
   settingsWindow_->raise();

@@ -48,12 +48,12 @@
 #include "Orrery/settings/LoginItem.h"
 #include "Orrery/settings/QSettingsKeyValueStore.h"
 #include "Orrery/settings/SettingsStore.h"
-#include "Orrery/triggers/KeyboardLayout.h"
-#include "Orrery/triggers/ShortcutRecorder.h"
-#include "Orrery/triggers/TriggerController.h"
 #include "Orrery/settings/SettingsWindow.h"
 #include "Orrery/shell/CommandLine.h"
 #include "Orrery/shell/TrayItem.h"
+#include "Orrery/triggers/KeyboardLayout.h"
+#include "Orrery/triggers/ShortcutRecorder.h"
+#include "Orrery/triggers/TriggerController.h"
 #include "OrreryCore/sync/SyncStateStore.h"
 
 namespace orrery::app {

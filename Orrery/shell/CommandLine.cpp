@@ -37,8 +37,8 @@ void CommandLine::describe(QCommandLineParser& parser) {
            "Show the overlay, page through it and search, log how long each frame took, and quit.")});
   parser.addOption(
       {QStringLiteral("trigger-test"),
-       QCoreApplication::translate("CommandLine",
-                                   "Run the checks of the hot corner and the shortcut, log each result, and quit.")});
+       QCoreApplication::translate(
+           "CommandLine", "Run the checks of the hot corner and the shortcut, log each result, and quit.")});
 }
 
 CommandLine CommandLine::from(const QCommandLineParser& parser) {

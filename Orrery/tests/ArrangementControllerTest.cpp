@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <iterator>
 #include <condition_variable>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <random>

@@ -143,7 +143,8 @@ TEST_F(BackgroundModelTest, ShowsGlassUntilTheRenderArrivesThenThePictureUnderAV
   EXPECT_TRUE(model->isDark());
   const auto lines = log.lines();
   EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const std::string& line) {
-    return line.starts_with("ch.lumenfold.orrery.appearance: Schreibtischbild weichgezeichnet: erfolgreich in ") &&
+    return line.starts_with(
+               "ch.lumenfold.orrery.appearance: Schreibtischbild weichgezeichnet: erfolgreich in ") &&
            line.ends_with(" ms (1280×800)");
   }));
 
@@ -182,10 +183,12 @@ TEST_F(BackgroundModelTest, AFailedPictureIsLoggedOnceAndNotTriedAgainUntilItCha
   model->setDisplays({{7, {1280, 800}}}, 7);
   ASSERT_TRUE(waitForCalls(1));
   QSignalSpy failed(&model->cache(), &WallpaperCache::renderFailed);
-  gate.release(key("/pictures/dunes.jpg"), std::unexpected(QStringLiteral("/pictures/dunes.jpg: Unsupported")));
+  gate.release(key("/pictures/dunes.jpg"),
+               std::unexpected(QStringLiteral("/pictures/dunes.jpg: Unsupported")));
   ASSERT_TRUE(failed.wait(5000));
-  EXPECT_TRUE(log.contains("ch.lumenfold.orrery.appearance: Schreibtischbild nicht lesbar "
-                           "(/pictures/dunes.jpg: Unsupported); Glas als Ersatz"));
+  EXPECT_TRUE(
+      log.contains("ch.lumenfold.orrery.appearance: Schreibtischbild nicht lesbar "
+                   "(/pictures/dunes.jpg: Unsupported); Glas als Ersatz"));
 
   // The desktop says the picture changed, but it is the same one; a second
   // display comes and the overlay moves there and back: never again.
@@ -204,9 +207,10 @@ TEST_F(BackgroundModelTest, AFailedPictureIsLoggedOnceAndNotTriedAgainUntilItCha
   gate.release(key("/pictures/dunes.jpg", 1024, 768, 8), filled({1024, 768}, Qt::gray));
   ASSERT_TRUE(waitForCalls(3));
   const auto lines = log.lines();
-  EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
-                          [](const std::string& line) { return line.find("nicht lesbar") != std::string::npos; }),
-            1);
+  EXPECT_EQ(
+      std::count_if(lines.begin(), lines.end(),
+                    [](const std::string& line) { return line.find("nicht lesbar") != std::string::npos; }),
+      1);
 }
 
 TEST_F(BackgroundModelTest, ANewScreenSizeStartsANewRender) {
@@ -296,8 +300,9 @@ TEST_F(BackgroundModelTest, NoPictureAtAllIsGlass) {
   model->setDisplays({{7, {1280, 800}}}, 7);
   EXPECT_TRUE(model->picture().isEmpty());
   EXPECT_EQ(model->fill().alpha(), 255);
-  EXPECT_TRUE(log.contains("ch.lumenfold.orrery.appearance: Schreibtischbild nicht lesbar "
-                           "(kein Schreibtischbild eingestellt); Glas als Ersatz"));
+  EXPECT_TRUE(
+      log.contains("ch.lumenfold.orrery.appearance: Schreibtischbild nicht lesbar "
+                   "(kein Schreibtischbild eingestellt); Glas als Ersatz"));
   QTest::qWait(20);
   EXPECT_TRUE(gate.calls().empty());
 }

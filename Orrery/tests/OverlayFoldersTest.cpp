@@ -43,15 +43,14 @@ class OverlayFoldersTest : public ::testing::Test {
     QObject::connect(model.get(), &OverlayModel::launchRequested,
                      [this](const AppInfo& chosen) { launched.push_back(chosen.id); });
     // As the program does: the model mirrors every change.
-    QObject::connect(arrangement.get(), &ArrangementController::layoutChanged, model.get(), [this] { sync(); });
+    QObject::connect(arrangement.get(), &ArrangementController::layoutChanged, model.get(),
+                     [this] { sync(); });
     sync();
   }
 
   void sync() { model->sync(arrangement->layout(), apps, settings); }
   const Layout& layout() const { return arrangement->layout(); }
-  QString officeID() const {
-    return QString::fromStdString(layout().items[1].asFolder()->id.text());
-  }
+  QString officeID() const { return QString::fromStdString(layout().items[1].asFolder()->id.text()); }
   std::string saved() {
     arrangement->flush();
     return files.readFile(folderPath / "layout.json").value();
@@ -114,7 +113,8 @@ TEST_F(OverlayFoldersTest, TheTitleCommitsTrimmedOrAsTheDefaultNameAndClosingCom
 }
 
 TEST_F(OverlayFoldersTest, ThePanelFollowsEditsOfItsFolderRowByRow) {
-  QAbstractItemModelTester tester(&model->folderAppsModel(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  QAbstractItemModelTester tester(&model->folderAppsModel(),
+                                  QAbstractItemModelTester::FailureReportingMode::Fatal);
   QSignalSpy resets(&model->folderAppsModel(), &QAbstractItemModel::modelReset);
   QSignalSpy inserted(&model->folderAppsModel(), &QAbstractItemModel::rowsInserted);
   QSignalSpy moved(&model->folderAppsModel(), &QAbstractItemModel::rowsMoved);

@@ -102,11 +102,12 @@ std::optional<app::DesktopPicture> GnomeWallpaperSource::current() {
   if (stringSetting(background_, "picture-options") == QLatin1String("none")) return std::nullopt;
   const bool prefersDark =
       interface_ != nullptr && stringSetting(interface_, "color-scheme") == QLatin1String("prefer-dark");
-  const QString uri = chosenUri(stringSetting(background_, "picture-uri"),
-                                hasDarkPicture_ ? stringSetting(background_, "picture-uri-dark") : QString(),
-                                prefersDark);
+  const QString uri =
+      chosenUri(stringSetting(background_, "picture-uri"),
+                hasDarkPicture_ ? stringSetting(background_, "picture-uri-dark") : QString(), prefersDark);
   const QUrl url(uri);
-  const QString path = url.isLocalFile() ? url.toLocalFile() : (QFileInfo(uri).isAbsolute() ? uri : QString());
+  const QString path =
+      url.isLocalFile() ? url.toLocalFile() : (QFileInfo(uri).isAbsolute() ? uri : QString());
   if (path.isEmpty()) return std::nullopt;
   if (!path.endsWith(QLatin1String(".xml"), Qt::CaseInsensitive)) return pictureFile(path);
 
@@ -117,8 +118,8 @@ std::optional<app::DesktopPicture> GnomeWallpaperSource::current() {
   return picture;
 }
 
-std::optional<GnomeWallpaperSource::SlideshowFrame> GnomeWallpaperSource::slideshowFrame(const QString& xmlFile,
-                                                                                         const QDateTime& now) {
+std::optional<GnomeWallpaperSource::SlideshowFrame> GnomeWallpaperSource::slideshowFrame(
+    const QString& xmlFile, const QDateTime& now) {
   QFile file(xmlFile);
   if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
   QXmlStreamReader xml(&file);
@@ -143,7 +144,8 @@ std::optional<GnomeWallpaperSource::SlideshowFrame> GnomeWallpaperSource::slides
       while (xml.readNextStartElement()) {
         if (xml.name() == QLatin1String("duration"))
           slide.seconds = xml.readElementText().trimmed().toDouble();
-        else if ((isStatic && xml.name() == QLatin1String("file")) || (!isStatic && xml.name() == QLatin1String("to")))
+        else if ((isStatic && xml.name() == QLatin1String("file")) ||
+                 (!isStatic && xml.name() == QLatin1String("to")))
           slide.file = readFile(xml);
         else
           xml.skipCurrentElement();
@@ -163,7 +165,8 @@ std::optional<GnomeWallpaperSource::SlideshowFrame> GnomeWallpaperSource::slides
   double position = total > 0 ? std::fmod(elapsed, total) : 0;
   for (const Slide& slide : slides) {
     if (position < slide.seconds) {
-      const auto remaining = std::chrono::seconds(static_cast<long long>(std::ceil(slide.seconds - position)));
+      const auto remaining =
+          std::chrono::seconds(static_cast<long long>(std::ceil(slide.seconds - position)));
       return SlideshowFrame{slide.file, remaining};
     }
     position -= slide.seconds;

@@ -41,12 +41,15 @@ TEST_F(GnomeSlideshowTest, ThePictureOfTheMomentAndHowLongItStays) {
   <transition type="overlay"><duration>300.0</duration><from>/backgrounds/morning.jpg</from><to>/backgrounds/day.jpg</to></transition>
   <static><duration>82500.0</duration><file>/backgrounds/day.jpg</file></static>
 </background>)");
-  EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(show, at(1, 6, 10)), (Frame{"/backgrounds/morning.jpg", 3000s}));
+  EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(show, at(1, 6, 10)),
+            (Frame{"/backgrounds/morning.jpg", 3000s}));
   // Inside the transition: the picture it leads to, until it ends.
   EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(show, at(1, 7, 1)), (Frame{"/backgrounds/day.jpg", 240s}));
-  EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(show, at(1, 12, 0)), (Frame{"/backgrounds/day.jpg", 64800s}));
+  EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(show, at(1, 12, 0)),
+            (Frame{"/backgrounds/day.jpg", 64800s}));
   // The cycle repeats every day, weeks later too.
-  EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(show, at(20, 6, 0, 1)), (Frame{"/backgrounds/morning.jpg", 3599s}));
+  EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(show, at(20, 6, 0, 1)),
+            (Frame{"/backgrounds/morning.jpg", 3599s}));
   // Before the start: the first picture.
   EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(show, QDateTime(QDate(2023, 1, 1), QTime(0, 0)))->file,
             QStringLiteral("/backgrounds/morning.jpg"));
@@ -60,12 +63,14 @@ TEST_F(GnomeSlideshowTest, SizedFilesGiveTheLargestAndNonSlideshowsNothing) {
     <size width="1920" height="1080">/backgrounds/medium.jpg</size>
   </file></static>
 </background>)");
-  EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(sized, at(1, 0, 0))->file, QStringLiteral("/backgrounds/large.jpg"));
+  EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(sized, at(1, 0, 0))->file,
+            QStringLiteral("/backgrounds/large.jpg"));
   EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(write("<wallpapers><wallpaper/></wallpapers>", "other.xml"),
                                                  at(1, 0, 0)),
             std::nullopt);
-  EXPECT_EQ(GnomeWallpaperSource::slideshowFrame(write("<background><static><duration>5", "cut.xml"), at(1, 0, 0)),
-            std::nullopt);
+  EXPECT_EQ(
+      GnomeWallpaperSource::slideshowFrame(write("<background><static><duration>5", "cut.xml"), at(1, 0, 0)),
+      std::nullopt);
 }
 
 TEST(GnomeWallpaperSourceTest, TheDarkPictureOnlyWhenDarkIsPreferredAndOneIsSet) {

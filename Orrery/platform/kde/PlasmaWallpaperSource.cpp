@@ -89,8 +89,8 @@ std::optional<QString> PlasmaWallpaperSource::pictureIn(const QString& configFil
   };
   std::map<QString, Containment> containments;  // by containment number
   static const QRegularExpression containmentGroup(QStringLiteral("^\\[Containments\\]\\[([^\\]]+)\\]$"));
-  static const QRegularExpression imageGroup(
-      QStringLiteral("^\\[Containments\\]\\[([^\\]]+)\\]\\[Wallpaper\\]\\[org\\.kde\\.image\\]\\[General\\]$"));
+  static const QRegularExpression imageGroup(QStringLiteral(
+      "^\\[Containments\\]\\[([^\\]]+)\\]\\[Wallpaper\\]\\[org\\.kde\\.image\\]\\[General\\]$"));
 
   QString containment;  // the group being read, if one of the two kinds
   bool inImageGroup = false;

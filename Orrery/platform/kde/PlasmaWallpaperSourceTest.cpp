@@ -21,7 +21,8 @@ using orrery::testing::TemporaryDirectory;
 
 class PlasmaWallpaperSourceTest : public ::testing::Test {
  protected:
-  QString write(const std::string& text, const std::string& name = "plasma-org.kde.plasma.desktop-appletsrc") {
+  QString write(const std::string& text,
+                const std::string& name = "plasma-org.kde.plasma.desktop-appletsrc") {
     std::ofstream(folder.path() / name) << text;
     return QString::fromStdString((folder.path() / name).string());
   }
@@ -44,19 +45,25 @@ TEST_F(PlasmaWallpaperSourceTest, TheDesktopOfTheFirstScreenWinsOverPanelsAndOth
       "wallpaperplugin=org.kde.image\n\n"
       "[Containments][2]\nactivityId=4f1c\nformfactor=0\nlastScreen=1\nplugin=org.kde.plasma.folder\n"
       "wallpaperplugin=org.kde.image\n\n"
-      "[Containments][2][Wallpaper][org.kde.image][General]\nImage=file://" + right + "\n\n"
+      "[Containments][2][Wallpaper][org.kde.image][General]\nImage=file://" +
+      right +
+      "\n\n"
       "[Containments][7]\nactivityId=4f1c\nformfactor=0\nlastScreen=0\nplugin=org.kde.plasma.folder\n"
       "wallpaperplugin=org.kde.image\n\n"
-      "[Containments][7][Wallpaper][org.kde.image][General]\nImage=file://" + left +
-      "\nSlidePaths=/usr/share/wallpapers/\n");
+      "[Containments][7][Wallpaper][org.kde.image][General]\nImage=file://" +
+      left + "\nSlidePaths=/usr/share/wallpapers/\n");
   EXPECT_EQ(PlasmaWallpaperSource::pictureIn(config, {1920, 1080}), QString::fromStdString(left));
 
   // Plain paths are taken as they are; a desktop showing a plain colour has none.
-  const QString plain = write("[Containments][3]\nlastScreen=0\nwallpaperplugin=org.kde.image\n"
-                              "[Containments][3][Wallpaper][org.kde.image][General]\nImage=" + right + "\n");
+  const QString plain = write(
+      "[Containments][3]\nlastScreen=0\nwallpaperplugin=org.kde.image\n"
+      "[Containments][3][Wallpaper][org.kde.image][General]\nImage=" +
+      right + "\n");
   EXPECT_EQ(PlasmaWallpaperSource::pictureIn(plain, {1920, 1080}), QString::fromStdString(right));
-  const QString colour = write("[Containments][3]\nlastScreen=0\nwallpaperplugin=org.kde.color\n"
-                               "[Containments][3][Wallpaper][org.kde.image][General]\nImage=" + right + "\n");
+  const QString colour = write(
+      "[Containments][3]\nlastScreen=0\nwallpaperplugin=org.kde.color\n"
+      "[Containments][3][Wallpaper][org.kde.image][General]\nImage=" +
+      right + "\n");
   EXPECT_EQ(PlasmaWallpaperSource::pictureIn(colour, {1920, 1080}), std::nullopt);
   EXPECT_EQ(PlasmaWallpaperSource::pictureIn(write("[Containments][3]\nlastScreen=0\n"), {1920, 1080}),
             std::nullopt);
@@ -69,9 +76,10 @@ TEST_F(PlasmaWallpaperSourceTest, AWallpaperPackageGivesTheSmallestPictureThatCo
     picture(std::string("Next/contents/images/") + size);
   picture("Next/contents/images/README");
   const std::string package = (folder.path() / "Next").string();
-  const QString config = write("[Containments][1]\nlastScreen=0\nwallpaperplugin=org.kde.image\n"
-                               "[Containments][1][Wallpaper][org.kde.image][General]\nImage=file://" +
-                               package + "/\n");
+  const QString config = write(
+      "[Containments][1]\nlastScreen=0\nwallpaperplugin=org.kde.image\n"
+      "[Containments][1][Wallpaper][org.kde.image][General]\nImage=file://" +
+      package + "/\n");
   const QString images = QString::fromStdString(package) + QStringLiteral("/contents/images/");
   EXPECT_EQ(PlasmaWallpaperSource::pictureIn(config, {1920, 1080}), images + QStringLiteral("1920x1080.jpg"));
   EXPECT_EQ(PlasmaWallpaperSource::pictureIn(config, {2560, 1440}), images + QStringLiteral("3840x2160.png"));
@@ -88,7 +96,8 @@ TEST_F(PlasmaWallpaperSourceTest, ReplacingTheFileAsKConfigDoesIsAnnounced) {
   const std::string second = picture("second.jpg");
   const auto configText = [](const std::string& image) {
     return "[Containments][1]\nlastScreen=0\nwallpaperplugin=org.kde.image\n"
-           "[Containments][1][Wallpaper][org.kde.image][General]\nImage=" + image + "\n";
+           "[Containments][1][Wallpaper][org.kde.image][General]\nImage=" +
+           image + "\n";
   };
   const QString config = write(configText(first));
   PlasmaWallpaperSource source(config);
@@ -102,7 +111,8 @@ TEST_F(PlasmaWallpaperSourceTest, ReplacingTheFileAsKConfigDoesIsAnnounced) {
   fs::rename(folder.path() / "plasma-org.kde.plasma.desktop-appletsrc.lock",
              folder.path() / "plasma-org.kde.plasma.desktop-appletsrc");
   const QDeadlineTimer deadline(5000);
-  while (announced == 0 && !deadline.hasExpired()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+  while (announced == 0 && !deadline.hasExpired())
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
   EXPECT_GT(announced, 0);
   EXPECT_EQ(source.current()->name, QString::fromStdString(second));
 }

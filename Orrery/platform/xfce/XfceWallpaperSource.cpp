@@ -10,8 +10,7 @@
 
 namespace orrery::platform {
 
-XfceWallpaperSource::XfceWallpaperSource(QString channelFile)
-    : file_(std::move(channelFile)) {
+XfceWallpaperSource::XfceWallpaperSource(QString channelFile) : file_(std::move(channelFile)) {
   QObject::connect(&file_, &WatchedFile::changed, &file_, [this] { announceChange(); });
 }
 

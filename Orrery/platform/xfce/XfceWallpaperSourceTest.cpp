@@ -49,7 +49,8 @@ TEST_F(XfceWallpaperSourceTest, TheFirstWorkspaceOfTheFirstMonitorWins) {
   </property>
 </channel>
 )");
-  EXPECT_EQ(XfceWallpaperSource::pictureIn(channel), QStringLiteral("/usr/share/backgrounds/xfce/xfce-verticals.png"));
+  EXPECT_EQ(XfceWallpaperSource::pictureIn(channel),
+            QStringLiteral("/usr/share/backgrounds/xfce/xfce-verticals.png"));
 }
 
 TEST_F(XfceWallpaperSourceTest, OlderImagePathsAnyWorkspaceAndBrokenFiles) {

@@ -33,8 +33,8 @@ struct Screen {
   int height = 0;
   std::vector<std::uint8_t> rgb;
   Pixel at(int x, int y) const {
-    const std::size_t offset = (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
-                                static_cast<std::size_t>(x)) * 3;
+    const std::size_t offset =
+        (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)) * 3;
     return {rgb[offset], rgb[offset + 1], rgb[offset + 2]};
   }
 };
@@ -49,13 +49,14 @@ class BackgroundProgramTest : public ::testing::Test {
     fs::create_directories(tree() / "home");
     fs::create_directories(tree() / "config/Lumenfold");
     // Light icons, so every dark pixel on a light background is a label.
-    ASSERT_TRUE(session->run({"convert", "-size", "96x96", "xc:#FAFAFA", "-fill", "#E0E0E0", "-draw",
-                              "rectangle 8,8 88,88", (tree() / "icon.png").string()})
+    ASSERT_TRUE(session
+                    ->run({"convert", "-size", "96x96", "xc:#FAFAFA", "-fill", "#E0E0E0", "-draw",
+                           "rectangle 8,8 88,88", (tree() / "icon.png").string()})
                     .succeeded());
     for (const char* name : {"Alpha", "Beta", "Gamma", "Delta"}) {
       std::ofstream(tree() / "data/applications" / (std::string(name) + ".desktop"))
-          << "[Desktop Entry]\nType=Application\nName=" << name << "\nExec=true\nIcon=" << (tree() / "icon.png").string()
-          << "\n";
+          << "[Desktop Entry]\nType=Application\nName=" << name
+          << "\nExec=true\nIcon=" << (tree() / "icon.png").string() << "\n";
     }
   }
 
@@ -70,15 +71,16 @@ class BackgroundProgramTest : public ::testing::Test {
       if (c == '"') escaped += '\\';
       escaped += c;
     }
-    std::ofstream(tree() / "config/Lumenfold/Orrery.conf") << "[General]\nsettings=\"@ByteArray(" << escaped << ")\"\n";
+    std::ofstream(tree() / "config/Lumenfold/Orrery.conf")
+        << "[General]\nsettings=\"@ByteArray(" << escaped << ")\"\n";
   }
   std::optional<XWindow> showOverlay() {
-    session->launch({ORRERY_PROGRAM, "--show-overlay"},
-                    {"HOME=" + (tree() / "home").string(), "XDG_DATA_HOME=" + (tree() / "data").string(),
-                     "XDG_DATA_DIRS=" + (tree() / "system").string(),
-                     "XDG_CONFIG_HOME=" + (tree() / "config").string(), "XDG_CURRENT_DESKTOP=",
-                     "QT_QPA_PLATFORM=xcb"},
-                    tree() / "orrery.log");
+    session->launch(
+        {ORRERY_PROGRAM, "--show-overlay"},
+        {"HOME=" + (tree() / "home").string(), "XDG_DATA_HOME=" + (tree() / "data").string(),
+         "XDG_DATA_DIRS=" + (tree() / "system").string(), "XDG_CONFIG_HOME=" + (tree() / "config").string(),
+         "XDG_CURRENT_DESKTOP=", "QT_QPA_PLATFORM=xcb"},
+        tree() / "orrery.log");
     const auto window = session->waitForWindow(WindowQuery::byName("^Orrery$"), 30s);
     if (!window || !session->waitUntilFullscreen(*window, 20s)) return std::nullopt;
     return window;
@@ -104,8 +106,9 @@ TEST_F(BackgroundProgramTest, APictureSetWithFehShowsBlurredBehindTheGrid) {
   ASSERT_TRUE(session);
   // Black on the left, white on the right: one sharp edge down the middle.
   const fs::path picture = tree() / "wallpaper.png";
-  ASSERT_TRUE(session->run({"convert", "-size", "1280x800", "xc:black", "-fill", "white", "-draw",
-                            "rectangle 640,0 1279,799", picture.string()})
+  ASSERT_TRUE(session
+                  ->run({"convert", "-size", "1280x800", "xc:black", "-fill", "white", "-draw",
+                         "rectangle 640,0 1279,799", picture.string()})
                   .succeeded());
   ASSERT_TRUE(session->run({"feh", "--no-fehbg", "--bg-scale", picture.string()}).succeeded());
   ASSERT_TRUE(session->property(0, "_XROOTPMAP_ID"));
@@ -125,9 +128,9 @@ TEST_F(BackgroundProgramTest, APictureSetWithFehShowsBlurredBehindTheGrid) {
       },
       20s);
   ASSERT_TRUE(screen) << log();
-  EXPECT_TRUE(blurred) << "left " << screen->at(100, y).brightness() << ", edge " << screen->at(630, y).brightness()
-                       << "/" << screen->at(650, y).brightness() << ", right " << screen->at(1180, y).brightness()
-                       << "\n"
+  EXPECT_TRUE(blurred) << "left " << screen->at(100, y).brightness() << ", edge "
+                       << screen->at(630, y).brightness() << "/" << screen->at(650, y).brightness()
+                       << ", right " << screen->at(1180, y).brightness() << "\n"
                        << log();
   // Across the edge the brightness climbs steadily rather than jumping.
   for (int x = 560; x < 720; x += 8) {
@@ -139,8 +142,9 @@ TEST_F(BackgroundProgramTest, APictureSetWithFehShowsBlurredBehindTheGrid) {
 
   // A new picture while the overlay is up: white on the left now.
   const fs::path next = tree() / "next.png";
-  ASSERT_TRUE(session->run({"convert", "-size", "1280x800", "xc:white", "-fill", "black", "-draw",
-                            "rectangle 640,0 1279,799", next.string()})
+  ASSERT_TRUE(session
+                  ->run({"convert", "-size", "1280x800", "xc:white", "-fill", "black", "-draw",
+                         "rectangle 640,0 1279,799", next.string()})
                   .succeeded());
   ASSERT_TRUE(session->run({"feh", "--no-fehbg", "--bg-scale", next.string()}).succeeded());
   EXPECT_TRUE(session->waitUntil(

@@ -306,7 +306,7 @@ std::expected<void, std::string> DesktopSession::startServer() {
   const Descriptor log(
       ::open((folder() / "Xvfb.log").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
   const std::string screen = std::to_string(options_.width * std::max(options_.monitors, 1)) + "x" +
-                           std::to_string(options_.height) + "x24";
+                             std::to_string(options_.height) + "x24";
   // No display number: -displayfd makes the server pick a free one and
   // write it once it accepts clients. -noreset keeps it up between clients.
   // Only the abstract socket: the kernel frees its name when the server
@@ -332,8 +332,8 @@ std::expected<void, std::string> DesktopSession::splitIntoMonitors() {
   for (int i = 0; i < options_.monitors; ++i) {
     const std::string geometry = std::to_string(options_.width) + "/300x" + std::to_string(options_.height) +
                                  "/200+" + std::to_string(i * options_.width) + "+0";
-    if (const auto result = run({"xrandr", "--setmonitor", "monitor" + std::to_string(i), geometry,
-                                 i == 0 ? "screen" : "none"});
+    if (const auto result = run(
+            {"xrandr", "--setmonitor", "monitor" + std::to_string(i), geometry, i == 0 ? "screen" : "none"});
         !result.succeeded())
       return std::unexpected("xrandr --setmonitor failed: " + result.errors);
   }

@@ -113,7 +113,8 @@ TEST_F(FolderProgramTest, ShowFolderOpensTheFolderAndTypingInItsTitleRenamesIt) 
   ASSERT_TRUE(session->key({"ctrl+a"}));
   ASSERT_TRUE(session->type("Werkzeug"));
   ASSERT_TRUE(session->key({"Return"}));
-  EXPECT_TRUE(session->waitUntil([&] { return saved().find("\"name\": \"Werkzeug\"") != std::string::npos; }, 10s))
+  EXPECT_TRUE(
+      session->waitUntil([&] { return saved().find("\"name\": \"Werkzeug\"") != std::string::npos; }, 10s))
       << saved() << log();
   EXPECT_EQ(saved().find("\"name\": \"Tools\""), std::string::npos);
 }
@@ -166,7 +167,8 @@ TEST_F(FolderProgramTest, SortByNameThenTheUndoBarRestoresTheFileByteForByte) {
   const auto sorted = Layout::decode(saved());
   ASSERT_TRUE(sorted);
   EXPECT_EQ(describe(*sorted),
-            "[Tools: alpha.desktop beta.desktop] delta.desktop gamma.desktop marker-one.desktop marker-two.desktop");
+            "[Tools: alpha.desktop beta.desktop] delta.desktop gamma.desktop marker-one.desktop "
+            "marker-two.desktop");
 
   // The undo bar sits at the top right; its button is its right end.
   ASSERT_TRUE(clickAt(1280 - 24 - 16 - 20, 48 - 2 + 20));
