@@ -254,30 +254,55 @@ Item {
     }
 
     // Folders, menus and the sort's sheet and undo offer lie above the grid.
-    SortUndoBar {
-        overlay: root.overlay
+    // They are built after the first frame, out of the way of the first
+    // show, or at once when one of them is needed before that.
+    property bool firstFrameShown: false
+    Connections {
+        target: root.controller
+        function onShown() { root.firstFrameShown = true }
+    }
+
+    Loader {
+        readonly property bool needed: root.overlay.canUndoSort
+        active: needed || root.firstFrameShown
+        asynchronous: !needed
         x: root.width - width - 24
         y: search.y - 2
+        sourceComponent: SortUndoBar { overlay: root.overlay }
     }
-    FolderPanel {
+    Loader {
         id: folderPanel
+        readonly property bool needed: root.overlay.openFolderID !== ""
         anchors.fill: parent
-        overlay: root.overlay
-        cellWidth: root.cellWidth
-        // Tall enough for a whole label: the panel clips its rows.
-        cellHeight: Math.max(root.cellHeight, root.overlay.iconSize + 13 + 18 + 12)
-        maxRows: Math.max(1, Math.min(root.overlay.rows, Math.floor((root.height - 200) / root.cellHeight)))
+        active: needed || root.firstFrameShown
+        asynchronous: !needed
+        sourceComponent: FolderPanel {
+            overlay: root.overlay
+            cellWidth: root.cellWidth
+            // Tall enough for a whole label: the panel clips its rows.
+            cellHeight: Math.max(root.cellHeight, root.overlay.iconSize + 13 + 18 + 12)
+            maxRows: Math.max(1, Math.min(root.overlay.rows, Math.floor((root.height - 200) / root.cellHeight)))
+        }
     }
-    ContextMenu {
+    Loader {
+        readonly property bool needed: root.overlay.menuOpen
         anchors.fill: parent
-        overlay: root.overlay
-        anchor: !root.overlay.menuAtFocus ? Qt.point(root.overlay.menuX, root.overlay.menuY)
-                : root.overlay.isSearching ? Qt.point(grid.x + root.cellWidth / 2, grid.y + root.cellHeight / 2)
-                : root.overlay.openFolderID !== "" ? folderPanel.tileCenter(root.overlay.focusedIndex)
-                : root.tileCenter(root.overlay.focusedIndex)
+        active: needed || root.firstFrameShown
+        asynchronous: !needed
+        sourceComponent: ContextMenu {
+            overlay: root.overlay
+            anchor: !root.overlay.menuAtFocus ? Qt.point(root.overlay.menuX, root.overlay.menuY)
+                    : root.overlay.isSearching ? Qt.point(grid.x + root.cellWidth / 2, grid.y + root.cellHeight / 2)
+                    : root.overlay.openFolderID !== "" && folderPanel.item
+                      ? folderPanel.item.tileCenter(root.overlay.focusedIndex)
+                    : root.tileCenter(root.overlay.focusedIndex)
+        }
     }
-    SortSheet {
+    Loader {
+        readonly property bool needed: root.controller.sortSheetShown
         anchors.fill: parent
-        controller: root.controller
+        active: needed || root.firstFrameShown
+        asynchronous: !needed
+        sourceComponent: SortSheet { controller: root.controller }
     }
 }

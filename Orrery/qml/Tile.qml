@@ -62,30 +62,33 @@ Item {
             mipmap: true
         }
 
-        Rectangle {
+        // A folder's preview exists only on folder tiles: most tiles are apps.
+        Loader {
             anchors.fill: parent
             anchors.margins: tile.iconSize * 0.06
-            visible: tile.folderIcons.length > 0
-            radius: width * 0.22
-            color: "#40ffffff"
-            border.color: "#30ffffff"
+            active: tile.folderIcons.length > 0
+            sourceComponent: Rectangle {
+                radius: width * 0.22
+                color: "#40ffffff"
+                border.color: "#30ffffff"
 
-            Grid {
-                id: preview
-                anchors.centerIn: parent
-                columns: 3
-                spacing: parent.width * 0.05
-                readonly property real cell: (parent.width * 0.8 - 2 * spacing) / 3
-                Repeater {
-                    model: tile.folderIcons.slice(0, 9)
-                    delegate: Image {
-                        required property string modelData
-                        width: preview.cell
-                        height: preview.cell
-                        source: tile.active ? modelData : ""
-                        sourceSize: Qt.size(preview.cell, preview.cell)
-                        asynchronous: true
-                        smooth: true
+                Grid {
+                    id: preview
+                    anchors.centerIn: parent
+                    columns: 3
+                    spacing: parent.width * 0.05
+                    readonly property real cell: (parent.width * 0.8 - 2 * spacing) / 3
+                    Repeater {
+                        model: tile.folderIcons.slice(0, 9)
+                        delegate: Image {
+                            required property string modelData
+                            width: preview.cell
+                            height: preview.cell
+                            source: tile.active ? modelData : ""
+                            sourceSize: Qt.size(preview.cell, preview.cell)
+                            asynchronous: true
+                            smooth: true
+                        }
                     }
                 }
             }
