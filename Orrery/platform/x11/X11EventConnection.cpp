@@ -6,7 +6,7 @@
 #include <QGuiApplication>
 #include <QSocketNotifier>
 
-#include <cstdlib>
+#include "Orrery/platform/x11/Freed.h"
 
 // Last: Xlib's macros (None, Bool, Status...) would clash with Qt's headers.
 #include <X11/Xlib.h>
@@ -47,13 +47,12 @@ X11EventConnection::X11EventConnection(xcb_connection_t* connection, int screenN
   // grabs (2.0 withheld them during grabs).
   const xcb_query_extension_reply_t* xinput = xcb_get_extension_data(connection_, &xcb_input_id);
   if (xinput != nullptr && xinput->present != 0) {
-    auto* version =
-        xcb_input_xi_query_version_reply(connection_, xcb_input_xi_query_version(connection_, 2, 2), nullptr);
-    if (version != nullptr &&
+    const Freed version(xcb_input_xi_query_version_reply(
+        connection_, xcb_input_xi_query_version(connection_, 2, 2), nullptr));
+    if (version &&
         (version->major_version > 2 || (version->major_version == 2 && version->minor_version >= 2))) {
       xinputOpcode_ = xinput->major_opcode;
     }
-    std::free(version);
   }
   keySymbols_ = xcb_key_symbols_alloc(connection_);
   notifier_ = std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(connection_), QSocketNotifier::Read);
@@ -80,11 +79,9 @@ void X11EventConnection::drainLater() {
 
 void X11EventConnection::readEvents(bool fromSocket) {
   while (true) {
-    xcb_generic_event_t* event =
-        fromSocket ? xcb_poll_for_event(connection_) : xcb_poll_for_queued_event(connection_);
-    if (event == nullptr) break;
-    dispatch(*event);
-    std::free(event);
+    const Freed event(fromSocket ? xcb_poll_for_event(connection_) : xcb_poll_for_queued_event(connection_));
+    if (!event) break;
+    dispatch(*event.value);
   }
   if (xcb_connection_has_error(connection_) != 0) notifier_->setEnabled(false);
 }

@@ -6,8 +6,8 @@
 #include <QScreen>
 
 #include <cmath>
-#include <cstdlib>
 
+#include "Orrery/platform/x11/Freed.h"
 #include "Orrery/platform/x11/X11EventConnection.h"
 #include "OrreryCore/triggers/X11KeyTable.h"
 
@@ -66,13 +66,11 @@ void X11GlobalPointer::watchMotion(std::function<void()> onMoved) {
 
 std::optional<X11GlobalPointer::Query> X11GlobalPointer::query() {
   xcb_connection_t* connection = connection_->connection();
-  auto* reply =
-      xcb_query_pointer_reply(connection, xcb_query_pointer(connection, connection_->root()), nullptr);
+  const Freed reply(
+      xcb_query_pointer_reply(connection, xcb_query_pointer(connection, connection_->root()), nullptr));
   connection_->drainLater();
-  if (reply == nullptr) return std::nullopt;
-  const Query result{reply->root_x, reply->root_y, reply->mask};
-  std::free(reply);
-  return result;
+  if (!reply) return std::nullopt;
+  return Query{reply->root_x, reply->root_y, reply->mask};
 }
 
 int X11GlobalPointer::primaryBottom() const {

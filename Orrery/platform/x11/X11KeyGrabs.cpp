@@ -3,8 +3,7 @@
 #include <xcb/xcb.h>
 #include <xcb/xcb_keysyms.h>
 
-#include <cstdlib>
-
+#include "Orrery/platform/x11/Freed.h"
 #include "Orrery/platform/x11/X11EventConnection.h"
 #include "OrreryCore/triggers/X11KeyTable.h"
 
@@ -53,10 +52,9 @@ std::vector<std::uint8_t> X11KeyGrabs::keycodesOf(const HotKey& key) const {
   std::vector<std::uint8_t> keycodes;
   const auto keysym = X11KeyTable::keysymForKeyCode(key.keyCode);
   if (!keysym) return keycodes;
-  xcb_keycode_t* found = xcb_key_symbols_get_keycode(connection_->keySymbols(), *keysym);
-  if (found == nullptr) return keycodes;
-  for (const xcb_keycode_t* code = found; *code != XCB_NO_SYMBOL; ++code) keycodes.push_back(*code);
-  std::free(found);
+  const Freed found(xcb_key_symbols_get_keycode(connection_->keySymbols(), *keysym));
+  if (!found) return keycodes;
+  for (const xcb_keycode_t* code = found.value; *code != XCB_NO_SYMBOL; ++code) keycodes.push_back(*code);
   return keycodes;
 }
 
@@ -80,8 +78,8 @@ app::KeyGrabService::Result X11KeyGrabs::grabAll(const std::vector<std::uint8_t>
   Result result{Outcome::grabbed, 0, 0};
   std::vector<const Request*> granted;
   for (const Request& request : requests) {
-    xcb_generic_error_t* error = xcb_request_check(connection, request.cookie);
-    if (error == nullptr) {
+    const Freed error(xcb_request_check(connection, request.cookie));
+    if (!error) {
       granted.push_back(&request);
       continue;
     }
@@ -89,7 +87,6 @@ app::KeyGrabService::Result X11KeyGrabs::grabAll(const std::vector<std::uint8_t>
       result.outcome = error->error_code == badAccess ? Outcome::taken : Outcome::failed;
       result.status = error->error_code;
     }
-    std::free(error);
   }
   if (result.outcome != Outcome::grabbed) {
     for (const Request* request : granted)

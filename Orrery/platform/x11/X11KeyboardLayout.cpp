@@ -5,8 +5,8 @@
 #include <xkbcommon/xkbcommon.h>
 
 #include <array>
-#include <cstdlib>
 
+#include "Orrery/platform/x11/Freed.h"
 #include "Orrery/platform/x11/X11EventConnection.h"
 #include "OrreryCore/triggers/X11KeyTable.h"
 
@@ -15,9 +15,8 @@ namespace orrery::platform {
 std::optional<std::string> X11KeyboardLayout::character(std::uint32_t keyCode) {
   const auto keysym = X11KeyTable::keysymForKeyCode(keyCode);
   if (!keysym) return std::nullopt;
-  xcb_keycode_t* found = xcb_key_symbols_get_keycode(connection_->keySymbols(), *keysym);
-  const bool onKeyboard = found != nullptr && *found != XCB_NO_SYMBOL;
-  std::free(found);
+  const Freed found(xcb_key_symbols_get_keycode(connection_->keySymbols(), *keysym));
+  const bool onKeyboard = found && *found.value != XCB_NO_SYMBOL;
   if (!onKeyboard) return std::nullopt;
   std::array<char, 16> text{};
   const int length = xkb_keysym_to_utf8(*keysym, text.data(), text.size());

@@ -4,7 +4,6 @@
 
 #include <QImage>
 
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -118,12 +117,11 @@ X11RootPixmapSource::~X11RootPixmapSource() {
 
 void X11RootPixmapSource::readEvents() {
   bool changedPicture = false;
-  while (xcb_generic_event_t* event = xcb_poll_for_event(connection_)) {
+  while (const Freed event{xcb_poll_for_event(connection_)}) {
     if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
-      const auto* change = reinterpret_cast<const xcb_property_notify_event_t*>(event);
+      const auto* change = reinterpret_cast<const xcb_property_notify_event_t*>(event.value);
       if (change->atom == rootPixmapAtom_ || change->atom == setRootAtom_) changedPicture = true;
     }
-    std::free(event);
   }
   if (xcb_connection_has_error(connection_) != 0) notifier_->setEnabled(false);
   if (changedPicture) announceChange();
