@@ -1,36 +1,37 @@
 #include "Orrery/overlay/SearchResultsModel.h"
 
+#include <algorithm>
 #include <cstddef>
-
-#include "OrreryCore/arrangement/Layout.h"
-#include "OrreryCore/arrangement/LayoutDiff.h"
+#include <iterator>
 
 namespace orrery::app {
 
-namespace {
-
-// A result list as an arrangement of apps, so the arrangement's diff finds
-// the fewest row changes between two lists.
-Layout asLayout(const std::vector<AppInfo>& apps) {
-  Layout layout;
-  layout.items.reserve(apps.size());
-  for (const AppInfo& app : apps) layout.items.push_back(LayoutItem::app(app.id));
-  return layout;
-}
-
-}  // namespace
-
-SearchResultsModel::SearchResultsModel(QObject* parent) : DiffReplayingListModel(parent) {}
+SearchResultsModel::SearchResultsModel(QObject* parent) : QAbstractListModel(parent) {}
 
 void SearchResultsModel::setResults(std::vector<AppInfo> results) {
-  const LayoutDiff changes = diff(asLayout(results_), asLayout(results));
-  // Results are matched by app ID; a changed record is handled below.
-  replayRows(results_, changes, results, [](Index, LayoutChange::Kind) {});
-  // The same app may come back renamed or updated by a scan.
-  for (std::size_t i = 0; i < results.size(); ++i) {
-    if (results_[i] == results[i]) continue;
-    results_[i] = std::move(results[i]);
-    emit dataChanged(index(static_cast<int>(i)), index(static_cast<int>(i)));
+  const std::size_t kept = std::min(results_.size(), results.size());
+  if (results_.size() > kept) {
+    beginRemoveRows({}, static_cast<int>(kept), static_cast<int>(results_.size()) - 1);
+    results_.resize(kept);
+    endRemoveRows();
+  }
+  // Neighbouring changed rows are announced together.
+  std::size_t i = 0;
+  while (i < kept) {
+    if (results_[i] == results[i]) {
+      ++i;
+      continue;
+    }
+    const std::size_t first = i;
+    for (; i < kept && !(results_[i] == results[i]); ++i) results_[i] = std::move(results[i]);
+    emit dataChanged(index(static_cast<int>(first)), index(static_cast<int>(i) - 1));
+  }
+  if (results.size() > kept) {
+    beginInsertRows({}, static_cast<int>(kept), static_cast<int>(results.size()) - 1);
+    results_.insert(results_.end(),
+                    std::make_move_iterator(results.begin() + static_cast<std::ptrdiff_t>(kept)),
+                    std::make_move_iterator(results.end()));
+    endInsertRows();
   }
 }
 

@@ -1,11 +1,12 @@
 // SearchResultsModel: the apps the search field finds, best first, as a
 // list model for the views.
 //
-// Each keystroke gives a new list; the model announces how it differs from
-// the one on screen (rows removed, moved, inserted) instead of resetting, so
-// a tile that stays in the results keeps its delegate and its icon, and
-// typing one more letter into "fire" only removes the rows that stopped
-// matching.
+// Each keystroke gives a new list of at most a page. The tiles stand in
+// fixed places, so the model keeps its rows by position instead of by app:
+// a row whose app changed announces new data (its tile stays and shows the
+// other app), and only the rows beyond the shorter list are inserted or
+// removed. A keystroke that replaces most results thus builds no tiles,
+// and the model never resets.
 //
 // Thread rules: main thread only.
 #pragma once
@@ -13,12 +14,12 @@
 #include <functional>
 #include <vector>
 
-#include "Orrery/overlay/DiffReplayingListModel.h"
+#include <QAbstractListModel>
 #include "OrreryCore/catalog/AppInfo.h"
 
 namespace orrery::app {
 
-class SearchResultsModel final : public DiffReplayingListModel {
+class SearchResultsModel final : public QAbstractListModel {
   Q_OBJECT
 
  public:
@@ -32,7 +33,7 @@ class SearchResultsModel final : public DiffReplayingListModel {
 
   explicit SearchResultsModel(QObject* parent = nullptr);
 
-  // Shows `results`, announcing the difference to what was shown.
+  // Shows `results`, announcing row by row what differs from what was shown.
   void setResults(std::vector<AppInfo> results);
   const std::vector<AppInfo>& results() const { return results_; }
   void setIconSource(IconSource iconSource);

@@ -126,24 +126,60 @@ TEST_F(OverlayModelTest, ReturnLaunchesTheBestResultAndNothingWhenNothingMatches
   EXPECT_EQ(launched, (std::vector<std::string>{"writer", "terminal"}));
 }
 
-TEST_F(OverlayModelTest, ResultsChangeRowByRowAsTheQueryGrows) {
+TEST_F(OverlayModelTest, ResultsKeepTheirRowsAndOnlyTheCountChangesAddOrRemove) {
   QAbstractItemModelTester tester(&model->searchResultsModel(),
                                   QAbstractItemModelTester::FailureReportingMode::Fatal);
   QSignalSpy resets(&model->searchResultsModel(), &QAbstractItemModel::modelReset);
   QSignalSpy removed(&model->searchResultsModel(), &QAbstractItemModel::rowsRemoved);
+  QSignalSpy inserted(&model->searchResultsModel(), &QAbstractItemModel::rowsInserted);
+  QSignalSpy changed(&model->searchResultsModel(), &QAbstractItemModel::dataChanged);
 
   const auto shown = [&] {
     std::vector<std::string> ids;
     for (const AppInfo& result : model->searchResultsModel().results()) ids.push_back(result.id);
     return ids;
   };
+  const auto changedRows = [&] {
+    std::vector<int> rows;
+    for (const auto& signal : changed)
+      for (int row = signal[0].toModelIndex().row(); row <= signal[1].toModelIndex().row(); ++row)
+        rows.push_back(row);
+    return rows;
+  };
   model->setQuery("f");
-  EXPECT_EQ(shown().size(), 3u);  // Firefox, Files, Firewall
+  EXPECT_EQ(shown(), (std::vector<std::string>{"files", "firefox", "firewall"}));
   removed.clear();
+  inserted.clear();
+  changed.clear();
+
+  // Files drops out: the rows below move up by data, and only the last row goes.
   model->setQuery("fir");
   EXPECT_EQ(shown(), (std::vector<std::string>{"firefox", "firewall"}));
-  EXPECT_EQ(removed.count(), 1);  // only Files left
+  EXPECT_EQ(removed.count(), 1);
+  EXPECT_EQ(inserted.count(), 0);
+  EXPECT_EQ(changedRows(), (std::vector<int>{0, 1}));
+
+  // The same results: nothing to announce.
+  changed.clear();
   model->setQuery("fire");
+  EXPECT_EQ(removed.count(), 1);
+  EXPECT_TRUE(changed.empty());
+
+  // Every result replaced, one fewer: the first row shows the new app.
+  changed.clear();
+  model->setQuery("calc");
+  EXPECT_EQ(shown(), std::vector<std::string>{"calc"});
+  EXPECT_EQ(removed.count(), 2);
+  EXPECT_EQ(inserted.count(), 0);
+  EXPECT_EQ(changedRows(), std::vector<int>{0});
+
+  // One more than before: one row added at the end.
+  changed.clear();
+  model->setQuery("fire");
+  EXPECT_EQ(shown(), (std::vector<std::string>{"firefox", "firewall"}));
+  EXPECT_EQ(inserted.count(), 1);
+  EXPECT_EQ(changedRows(), std::vector<int>{0});
+
   model->setQuery("");
   EXPECT_TRUE(shown().empty());
   EXPECT_EQ(resets.count(), 0);
