@@ -16,11 +16,18 @@ function(orrery_add_test_folder name folder)
   add_executable(${name} ${sources})
   orrery_set_warnings(${name})
   target_link_libraries(${name} PRIVATE ${arg_UNPARSED_ARGUMENTS} GTest::gtest GTest::gtest_main GTest::gmock)
-  set(properties LABELS "${name}")
-  if(arg_ENVIRONMENT)
-    string(REPLACE ";" "\\\\\\\\;" environment "${arg_ENVIRONMENT}")
-    list(APPEND properties ENVIRONMENT "${environment}")
-  endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-                       PROPERTIES ${properties})
+                       PROPERTIES LABELS "${name}")
+  if(arg_ENVIRONMENT)
+    # gtest_discover_tests hands its PROPERTIES through several rounds of
+    # list splitting, which tear a list value such as ENVIRONMENT apart:
+    # every variable after the first was lost. The environment is set from
+    # a file of our own that ctest reads after the discovered tests.
+    set(script "${CMAKE_CURRENT_BINARY_DIR}/${name}_environment.cmake")
+    file(WRITE "${script}"
+         "if(${name}_TESTS)\n"
+         "  set_tests_properties(\${${name}_TESTS} PROPERTIES ENVIRONMENT [==[${arg_ENVIRONMENT}]==])\n"
+         "endif()\n")
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${script}")
+  endif()
 endfunction()
