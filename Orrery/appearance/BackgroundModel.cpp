@@ -157,6 +157,11 @@ void BackgroundModel::attach(QQuickView& view, std::function<bool()> composited)
     if (!visible) return;
     if (composited) setComposited(composited());
     followScreens();
+    // The picture may have been replaced in place while hidden, unannounced.
+    if (wantsPicture()) {
+      refreshRenders();
+      update();
+    }
   });
   connect(&window, &QWindow::screenChanged, this, &BackgroundModel::followScreens);
   const auto watchScreen = [this](QScreen* screen) {
@@ -228,7 +233,7 @@ void BackgroundModel::refreshRenders() {
       for (const Display& display : displays_) {
         if (display.pixels.isEmpty()) continue;
         WallpaperKey key{display.id, picture->name.toStdString(), display.pixels.width(),
-                         display.pixels.height()};
+                         display.pixels.height(), picture->version.toStdString()};
         wanted.emplace(display.id, WallpaperCache::Wanted{std::move(key), *picture});
       }
     } else if (!noPictureLogged_) {

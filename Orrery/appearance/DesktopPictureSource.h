@@ -4,7 +4,10 @@
 // A DesktopPicture names the picture (a file path, or a name for a picture
 // the desktop keeps elsewhere, such as the X root window's pixmap) and
 // knows how to read it. The name is what a WallpaperKey holds: a new name
-// is a new render. Reading runs on a worker thread and may fail with a
+// is a new render, and so is a new version: a file replaced under the same
+// path (a desktop that always writes "wallpaper.jpg") is read again. The
+// owner asks for the current picture whenever the overlay is shown, so such
+// a replacement is seen even where nothing announces it. Reading runs on a worker thread and may fail with a
 // reason for the log (a missing file, a format no image plugin reads).
 //
 // Implementations live in Orrery/platform (GNOME's settings, KDE Plasma's
@@ -39,6 +42,9 @@ struct DesktopPicture {
   // When the desktop will show another picture by itself (a slideshow
   // moving on); the owner asks again then.
   std::optional<std::chrono::seconds> changesIn = std::nullopt;
+  // Changes whenever the picture under `name` may have: a file's
+  // modification time and size; empty where the name already does.
+  QString version = {};
 };
 
 class DesktopPictureSource {

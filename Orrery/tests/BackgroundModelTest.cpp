@@ -1,6 +1,7 @@
 // The overlay's background through the app side: the bookkeeping of renders
 // (WallpaperCache) driven by BackgroundModel with a renderer the test
 // releases by hand, and what the view is told to draw.
+#include <QFileInfo>
 #include <QQuickImageProvider>
 #include <QQuickView>
 #include <QSignalSpy>
@@ -17,8 +18,10 @@
 #include <vector>
 
 #include "Orrery/appearance/BackgroundModel.h"
+#include "Orrery/platform/qt/PictureFiles.h"
 #include "Orrery/tests/LogCapture.h"
 #include "Orrery/tests/ManualClock.h"
+#include "OrreryCore/testing/TemporaryDirectory.h"
 
 namespace orrery::app {
 namespace {
@@ -59,7 +62,7 @@ class GatedRenderer {
  private:
   static std::string name(const WallpaperKey& key) {
     return key.url + "@" + std::to_string(key.displayID) + ":" + std::to_string(key.pixelWidth) + "x" +
-           std::to_string(key.pixelHeight);
+           std::to_string(key.pixelHeight) + "#" + key.version;
   }
   mutable std::mutex mutex_;
   std::condition_variable changed_;
@@ -72,6 +75,8 @@ class FakePictures final : public DesktopPictureSource {
  public:
   std::optional<DesktopPicture> current() override {
     if (name.isEmpty()) return std::nullopt;
+    // A real file's picture, with the version the desktop readers give it.
+    if (name.startsWith(u'/') && QFileInfo::exists(name)) return platform::pictureFile(name);
     return DesktopPicture{name, [](QSize) -> std::expected<QImage, QString> { return QImage(); }, changesIn};
   }
   std::optional<std::chrono::seconds> changesIn;
@@ -305,6 +310,40 @@ TEST_F(BackgroundModelTest, NoPictureAtAllIsGlass) {
                    "(kein Schreibtischbild eingestellt); Glas als Ersatz"));
   QTest::qWait(20);
   EXPECT_TRUE(gate.calls().empty());
+}
+
+// Some desktops write every new picture to the same file. Nothing announces
+// that, so the picture is asked for again at each show, and the file's
+// version tells a replaced picture from the one already rendered.
+TEST_F(BackgroundModelTest, APictureReplacedInPlaceIsRenderedAgainAtTheNextShow) {
+  const orrery::testing::TemporaryDirectory folder("orrery-background");
+  const QString path = QString::fromStdString((folder.path() / "wallpaper.png").string());
+  ASSERT_TRUE(filled({64, 40}, Qt::blue).save(path));
+  pictures.name = path;
+  model->setSettings(withBackground(BackgroundStyle::blurredWallpaper));
+  QQuickView view;
+  model->attach(view, [] { return false; });
+  view.show();
+  ASSERT_TRUE(waitForCalls(1));
+  const WallpaperKey first = gate.calls().at(0);
+  EXPECT_EQ(first.url, path.toStdString());
+  EXPECT_FALSE(first.version.empty());
+  gate.release(first, filled({64, 40}, Qt::blue));
+  ASSERT_TRUE(waitUntilDone(first));
+
+  // Shown again with the same file: nothing to do.
+  view.hide();
+  view.show();
+  QTest::qWait(20);
+  EXPECT_EQ(gate.calls().size(), 1u);
+
+  view.hide();
+  ASSERT_TRUE(filled({96, 60}, Qt::red).save(path));
+  view.show();
+  ASSERT_TRUE(waitForCalls(2));
+  const WallpaperKey second = gate.calls().at(1);
+  EXPECT_EQ(second.url, first.url);
+  EXPECT_NE(second.version, first.version);
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
 // WallpaperKey: names one blurred rendering of a desktop picture.
 //
 // The same picture on a display of another size, or on another display, is
-// another render, so all four fields make the key. The picture is named by
+// another render, so every field makes the key. The picture is named by
 // its file path; the adapter passes whatever the desktop reports (a GNOME
-// "picture-uri" made a path, the first picture of a slideshow, …).
+// "picture-uri" made a path, the first picture of a slideshow, …). A
+// picture replaced in place keeps its path, so the key also carries the
+// file's version (its modification time and size).
 //
 // Thread rules: a plain value; renders on background threads carry a copy.
 #pragma once
@@ -20,6 +22,7 @@ struct WallpaperKey {
   std::string url;  // the desktop picture's file path
   std::int64_t pixelWidth = 0;
   std::int64_t pixelHeight = 0;
+  std::string version = {};  // empty where the name alone tells pictures apart
 
   friend bool operator==(const WallpaperKey&, const WallpaperKey&) = default;
 };
@@ -33,6 +36,7 @@ struct std::hash<orrery::WallpaperKey> {
     h = h * 31 + std::hash<std::string>()(key.url);
     h = h * 31 + std::hash<std::int64_t>()(key.pixelWidth);
     h = h * 31 + std::hash<std::int64_t>()(key.pixelHeight);
+    h = h * 31 + std::hash<std::string>()(key.version);
     return h;
   }
 };

@@ -1,5 +1,6 @@
 #include "Orrery/platform/qt/PictureFiles.h"
 
+#include <QFileInfo>
 #include <QImageReader>
 
 #include <algorithm>
@@ -7,8 +8,19 @@
 
 namespace orrery::platform {
 
+namespace {
+
+QString fileVersion(const QString& path) {
+  const QFileInfo file(path);
+  if (!file.exists()) return {};
+  return QString::number(file.lastModified().toMSecsSinceEpoch()) + u':' + QString::number(file.size());
+}
+
+}  // namespace
+
 app::DesktopPicture pictureFile(const QString& path) {
-  return {path, [path](QSize atLeast) -> std::expected<QImage, QString> {
+  return {path,
+          [path](QSize atLeast) -> std::expected<QImage, QString> {
             QImageReader reader(path);
             reader.setAutoTransform(true);
             const bool turned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
@@ -25,7 +37,8 @@ app::DesktopPicture pictureFile(const QString& path) {
             QImage image = reader.read();
             if (image.isNull()) return std::unexpected(path + QStringLiteral(": ") + reader.errorString());
             return image;
-          }};
+          },
+          std::nullopt, fileVersion(path)};
 }
 
 FirstPictureSource::FirstPictureSource(std::vector<std::unique_ptr<app::DesktopPictureSource>> sources)
