@@ -97,6 +97,9 @@ class BackgroundModel final : public QObject {
   void setComposited(bool composited);
 
   QColor fill() const { return fill_; }
+  // Glass over a compositor: the desktop shows through, and a compositor
+  // that can blur it behind the window should.
+  bool blursBehind() const { return style_ == BackgroundStyle::glass && composited_; }
   QUrl picture() const { return picture_; }
   double veil() const { return veil_; }
   bool isDark() const { return isDark_; }

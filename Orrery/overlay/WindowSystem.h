@@ -1,8 +1,9 @@
 // WindowSystem: what the overlay needs from the desktop's window system
 // beyond what Qt offers everywhere: to learn which window has the keyboard
 // before the overlay opens, to hand the keyboard back to it when the overlay
-// closes, and to mark the overlay window so that the window manager keeps it
-// above everything, full screen, and out of task bars and pagers.
+// closes, to mark the overlay window so that the window manager keeps it
+// above everything, full screen, and out of task bars and pagers, and to
+// have the compositor blur the desktop behind it where it can.
 //
 // Implementations live in Orrery/platform and are made by
 // platform::makeWindowSystem(): the X11 one talks EWMH to the window manager;
@@ -50,6 +51,11 @@ class WindowSystem {
   // a window's states when it is hidden. The WindowSystem must outlive
   // `overlay`: it may act again when the window is next mapped.
   virtual void prepareOverlay(QWindow& overlay) = 0;
+
+  // Asks the compositor to blur what lies behind `overlay` where the window
+  // is translucent (the glass look), or to stop. Only some compositors can
+  // (KWin); elsewhere the glass stays a plain tint and this does nothing.
+  virtual void setBlurBehind(QWindow& overlay, bool blur) = 0;
 
  protected:
   WindowSystem() = default;

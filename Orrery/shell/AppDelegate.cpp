@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QIcon>
 #include <QLayout>
+#include <QQuickView>
 #include <QSystemTrayIcon>
 #include <QTimer>
 
@@ -111,6 +112,14 @@ void AppDelegate::launch() {
   background_->attach(*overlay_->window(), platform::makeCompositorProbe());
   connect(settings_.get(), &SettingsStore::settingsChanged, background_.get(),
           [this] { background_->setSettings(settings_->settings()); });
+  const auto blurBehind = [this] {
+    const bool blur = background_->blursBehind();
+    if (blurringBehind_ == blur || windows_ == nullptr) return;
+    blurringBehind_ = blur;
+    windows_->setBlurBehind(*overlay_->window(), blur);
+  };
+  connect(background_.get(), &BackgroundModel::changed, overlay_.get(), blurBehind);
+  blurBehind();
 
   // The overlay stays until the app really started, so a failure can be
   // shown where the user looked; it then stays usable.

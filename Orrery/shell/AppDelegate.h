@@ -143,6 +143,7 @@ class AppDelegate final : public QObject {
   std::unique_ptr<OverlayController> overlay_;
   std::unique_ptr<DesktopPictureSource> pictures_;  // before background_, which uses it
   std::unique_ptr<BackgroundModel> background_;
+  std::optional<bool> blurringBehind_;
   std::unique_ptr<PerfRun> perfRun_;
   std::unique_ptr<TriggerController> triggers_;  // after overlay_, which it toggles
   std::unique_ptr<KeyboardLayout> keyboardLayout_;

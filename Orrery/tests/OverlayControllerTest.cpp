@@ -51,6 +51,7 @@ class RefusingWindowSystem final : public WindowSystem {
   void activate(WindowId) override {}
   void activate(QWindow&) override { ++asked; }
   void prepareOverlay(QWindow&) override {}
+  void setBlurBehind(QWindow&, bool) override {}
   int asked = 0;
 };
 

@@ -18,4 +18,6 @@ void QtWindowSystem::prepareOverlay(QWindow& overlay) {
                           Qt::WindowFullScreen);
 }
 
+void QtWindowSystem::setBlurBehind(QWindow&, bool) {}
+
 }  // namespace orrery::platform

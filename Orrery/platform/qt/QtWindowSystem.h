@@ -15,6 +15,8 @@
 //   sets the full-screen state, so that show() asks the compositor for full
 //   screen on the window's screen, where compositors cover their panels.
 //   Task bars are not told to skip it: xdg-shell has no way to say so.
+// - setBlurBehind() does nothing: the Wayland protocols for it are
+//   compositor-specific and Qt speaks none of them.
 //
 // Thread rules: main thread only.
 #pragma once
@@ -29,6 +31,7 @@ class QtWindowSystem final : public app::WindowSystem {
   void activate(WindowId window) override;
   void activate(QWindow& ours) override;
   void prepareOverlay(QWindow& overlay) override;
+  void setBlurBehind(QWindow& overlay, bool blur) override;
 };
 
 }  // namespace orrery::platform

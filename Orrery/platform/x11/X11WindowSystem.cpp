@@ -32,6 +32,7 @@ constexpr std::string_view kAtomNames[] = {
     "_NET_WM_WINDOW_TYPE_NORMAL",
     "_KDE_NET_WM_WINDOW_TYPE_OVERRIDE",
     "_NET_WM_BYPASS_COMPOSITOR",
+    "_KDE_NET_WM_BLUR_BEHIND_REGION",
     "WM_STATE",
 };
 
@@ -238,6 +239,19 @@ void X11WindowSystem::prepareOverlay(QWindow& overlay) {
   // on every show and hide. So ask to stay composited.
   xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atoms_[netWmBypassCompositor],
                       XCB_ATOM_CARDINAL, 32, 1, &kKeepComposited);
+  xcb_flush(connection_);
+}
+
+void X11WindowSystem::setBlurBehind(QWindow& overlay, bool blur) {
+  const auto window = static_cast<xcb_window_t>(overlay.winId());
+  if (blur) {
+    // No rectangles: the whole window. KWin follows changes of the property
+    // while the window is shown.
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atoms_[kdeNetWmBlurBehindRegion],
+                        XCB_ATOM_CARDINAL, 32, 0, nullptr);
+  } else {
+    xcb_delete_property(connection_, window, atoms_[kdeNetWmBlurBehindRegion]);
+  }
   xcb_flush(connection_);
 }
 

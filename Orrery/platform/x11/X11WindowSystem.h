@@ -13,6 +13,8 @@
 //   say: skip task bar, skip pager and (on KWin) skip switcher, above and
 //   full screen; a normal window type; and a request that compositors keep
 //   compositing it (see the source for why).
+// - setBlurBehind() sets or deletes _KDE_NET_WM_BLUR_BEHIND_REGION, empty
+//   for the whole window, which KWin reads; other window managers ignore it.
 //
 // Learning the server time takes an event, and Qt reads every event on its
 // connection; so a second, private connection serves only for that, opened
@@ -50,6 +52,7 @@ class X11WindowSystem final : public app::WindowSystem {
   void activate(WindowId window) override;
   void activate(QWindow& ours) override;
   void prepareOverlay(QWindow& overlay) override;
+  void setBlurBehind(QWindow& overlay, bool blur) override;
 
  private:
   enum Atom : std::size_t {
@@ -64,6 +67,7 @@ class X11WindowSystem final : public app::WindowSystem {
     netWmWindowTypeNormal,
     kdeNetWmWindowTypeOverride,
     netWmBypassCompositor,
+    kdeNetWmBlurBehindRegion,
     wmState,
     atomCount,
   };

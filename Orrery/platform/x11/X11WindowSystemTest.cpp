@@ -105,6 +105,24 @@ TEST_F(X11WindowSystemTest, TurnsAShownWindowIntoAnOverlay) {
   expectOverlay(window);
 }
 
+// KWin blurs what lies behind a window that carries this property; the
+// glass look turns it on and every other look off again.
+TEST_F(X11WindowSystemTest, AsksForTheDesktopToBeBlurredBehindTheGlass) {
+  QWindow overlay;
+  overlay.setTitle("glass");
+  overlay.resize(320, 200);
+  windowSystem->prepareOverlay(overlay);
+  overlay.show();
+  const XWindow window = idOf(overlay);
+  ASSERT_TRUE(session->waitUntilMapped(window, 20s));
+  EXPECT_FALSE(session->property(window, "_KDE_NET_WM_BLUR_BEHIND_REGION"));
+
+  windowSystem->setBlurBehind(overlay, true);
+  EXPECT_TRUE(session->property(window, "_KDE_NET_WM_BLUR_BEHIND_REGION"));
+  windowSystem->setBlurBehind(overlay, false);
+  EXPECT_FALSE(session->property(window, "_KDE_NET_WM_BLUR_BEHIND_REGION"));
+}
+
 TEST_F(X11WindowSystemTest, GivesTheKeyboardBackToTheWindowThatHadIt) {
   EXPECT_EQ(windowSystem->activeWindow(), session->activeWindow());
 

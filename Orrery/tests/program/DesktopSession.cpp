@@ -556,6 +556,7 @@ std::optional<std::string> DesktopSession::property(XWindow window, const std::s
   if (!text.starts_with(name)) return std::nullopt;
   std::string_view rest = std::string_view(text).substr(name.size());
   if (rest.starts_with(" = ")) return std::string(rest.substr(3));
+  if (rest == " =") return std::string();  // set, but empty
   if (rest.starts_with(":") && rest.find("not found.") == std::string_view::npos &&
       rest.find("no such atom") == std::string_view::npos) {
     return trimmed(rest.substr(1));

@@ -181,8 +181,8 @@ class DesktopSession {
   bool waitUntilFullscreen(XWindow window, SteadyClock::duration limit) const;
   std::optional<WindowGeometry> geometry(XWindow window) const;
   // A property as xprop prints its value ("A, B" for atom lists,
-  // "window id # 0x..." for windows); nothing when it is not set. Window 0
-  // is the root window.
+  // "window id # 0x..." for windows, "" when set but empty); nothing when
+  // it is not set. Window 0 is the root window.
   std::optional<std::string> property(XWindow window, const std::string& name) const;
   std::set<std::string> netWmState(XWindow window) const;
   std::optional<XWindow> activeWindow() const;
