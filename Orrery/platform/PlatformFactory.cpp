@@ -327,4 +327,12 @@ bool trayPanelIsDark() {
   return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
 }
 
+bool writesShortcutsInSymbols() {
+#if defined(__APPLE__)
+  return true;
+#else
+  return false;
+#endif
+}
+
 }  // namespace orrery::platform

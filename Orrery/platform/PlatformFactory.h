@@ -112,4 +112,8 @@ InstanceLocation instanceLocation();
 // application's palette shows.
 bool trayPanelIsDark();
 
+// Shortcuts are written in symbols ("⌃⌥Space") on macOS, in words
+// ("Ctrl+Alt+Space") on Linux desktops.
+bool writesShortcutsInSymbols();
+
 }  // namespace orrery::platform

@@ -132,38 +132,7 @@ QFormLayout* makeForm() {
   return form;
 }
 
-// The Mac virtual key codes the stored shortcut uses, with the key's name.
-constexpr std::array<std::pair<std::uint32_t, const char*>, 71> kKeyNames = {{
-    {0x00, "A"},     {0x0B, "B"},      {0x08, "C"},   {0x02, "D"},    {0x0E, "E"},         {0x03, "F"},
-    {0x05, "G"},     {0x04, "H"},      {0x22, "I"},   {0x26, "J"},    {0x28, "K"},         {0x25, "L"},
-    {0x2E, "M"},     {0x2D, "N"},      {0x1F, "O"},   {0x23, "P"},    {0x0C, "Q"},         {0x0F, "R"},
-    {0x01, "S"},     {0x11, "T"},      {0x20, "U"},   {0x09, "V"},    {0x0D, "W"},         {0x07, "X"},
-    {0x10, "Y"},     {0x06, "Z"},      {0x1D, "0"},   {0x12, "1"},    {0x13, "2"},         {0x14, "3"},
-    {0x15, "4"},     {0x17, "5"},      {0x16, "6"},   {0x1A, "7"},    {0x1C, "8"},         {0x19, "9"},
-    {0x31, "Space"}, {0x24, "Return"}, {0x30, "Tab"}, {0x35, "Esc"},  {0x33, "Backspace"}, {0x75, "Del"},
-    {0x7A, "F1"},    {0x78, "F2"},     {0x63, "F3"},  {0x76, "F4"},   {0x60, "F5"},        {0x61, "F6"},
-    {0x62, "F7"},    {0x64, "F8"},     {0x65, "F9"},  {0x6D, "F10"},  {0x67, "F11"},       {0x6F, "F12"},
-    {0x7B, "Left"},  {0x7C, "Right"},  {0x7E, "Up"},  {0x7D, "Down"}, {0x73, "Home"},      {0x77, "End"},
-    {0x74, "PgUp"},  {0x79, "PgDown"}, {0x32, "`"},   {0x1B, "-"},    {0x18, "="},         {0x21, "["},
-    {0x1E, "]"},     {0x29, ";"},      {0x27, "'"},   {0x2B, ","},    {0x2F, "."},
-}};
-
 }  // namespace
-
-QString SettingsWindow::shortcutText(const std::optional<HotKey>& hotKey) {
-  if (!hotKey) return tr("None", "no keyboard shortcut");
-  QStringList parts;
-  if (hotKey->carbonModifiers & HotKey::kControl) parts << tr("Ctrl");
-  if (hotKey->carbonModifiers & HotKey::kOption) parts << tr("Alt");
-  if (hotKey->carbonModifiers & HotKey::kShift) parts << tr("Shift");
-  if (hotKey->carbonModifiers & HotKey::kCommand) parts << tr("Super");
-  const auto known =
-      std::ranges::find(kKeyNames, hotKey->keyCode, [](const auto& entry) { return entry.first; });
-  parts << (known != kKeyNames.end()
-                ? QString::fromLatin1(known->second)
-                : tr("key %1", "a key without a name, by its code").arg(hotKey->keyCode));
-  return parts.join(u'+');
-}
 
 SettingsWindow::SettingsWindow(Services services, QWidget* parent)
     : QWidget(parent, Qt::Window), services_(std::move(services)) {
@@ -292,16 +261,13 @@ QWidget* SettingsWindow::buildTrigger() {
   });
   form->addRow(tr("Only while holding:"), cornerModifier_);
 
-  shortcut_ = new QLabel;
-  shortcut_->setObjectName(QStringLiteral("shortcut"));
-  shortcut_->setTextInteractionFlags(Qt::TextSelectableByKeyboard | Qt::TextSelectableByMouse);
-  form->addRow(tr("Keyboard shortcut:"), shortcut_);
-  // The shortcut recorder and its messages take this place.
+  // The shortcut field (the stored shortcut, recorded anew with a click)
+  // and its messages take this place.
   shortcutRecorderSlot_ = new QWidget;
   shortcutRecorderSlot_->setObjectName(QStringLiteral("shortcutRecorderSlot"));
   new QVBoxLayout(shortcutRecorderSlot_);
   shortcutRecorderSlot_->layout()->setContentsMargins(0, 0, 0, 0);
-  form->addRow(shortcutRecorderSlot_);
+  form->addRow(tr("Keyboard shortcut:"), shortcutRecorderSlot_);
   form->addRow(noteLabel(tr("Any desktop can also show and hide Orrery with a shortcut of its own that runs "
                             "\u201correry --toggle\u201d."),
                          nullptr));
@@ -475,7 +441,6 @@ void SettingsWindow::refresh() {
   selectIn(corner_, settings.corner);
   selectIn(cornerModifier_, settings.cornerModifier);
   cornerModifier_->setEnabled(settings.corner != Corner::none);
-  shortcut_->setText(shortcutText(settings.hotKey));
 
   const auto setSpin = [](QSpinBox* spin, std::int64_t value) {
     const QSignalBlocker blocker(spin);

@@ -67,10 +67,6 @@ class SettingsWindow final : public QWidget {
   // recorder is built.
   QWidget* shortcutRecorderSlot() const { return shortcutRecorderSlot_; }
 
-  // The shortcut as the Trigger pane writes it ("Ctrl+Alt+Space"); "None"
-  // without one.
-  static QString shortcutText(const std::optional<HotKey>& hotKey);
-
  protected:
   void showEvent(QShowEvent* event) override;
 
@@ -100,7 +96,6 @@ class SettingsWindow final : public QWidget {
 
   QComboBox* corner_ = nullptr;
   QComboBox* cornerModifier_ = nullptr;
-  QLabel* shortcut_ = nullptr;
   QWidget* shortcutRecorderSlot_ = nullptr;
 
   QSpinBox* columns_ = nullptr;

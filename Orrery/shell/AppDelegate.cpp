@@ -160,6 +160,8 @@ void AppDelegate::launch() {
       [this](bool suspended, const std::optional<TriggerSettings>& restoring) {
         setHotKeySuspended(suspended, restoring);
       });
+  shortcutRecorder_->setStyle(platform::writesShortcutsInSymbols() ? ShortcutRecorder::Style::symbols
+                                                                   : ShortcutRecorder::Style::words);
   if (!trayAvailable_) trayAvailable_ = [] { return QSystemTrayIcon::isSystemTrayAvailable(); };
   trayItem_ = std::make_unique<TrayItem>(*settings_, trayAvailable_, platform::trayPanelIsDark());
   connect(trayItem_.get(), &TrayItem::toggleRequested, this, &AppDelegate::toggleOverlay);

@@ -320,14 +320,5 @@ TEST_F(ShellTest, TheCoresTextsAndTheWindowsReachTheGermanTranslation) {
   EXPECT_EQ(text::localized("New Folder", "Default name of a new folder"), "New Folder");
 }
 
-TEST(SettingsWindow, WritesTheStoredShortcutTheWayLinuxNamesItsKeys) {
-  EXPECT_EQ(SettingsWindow::shortcutText(std::nullopt), QStringLiteral("None"));
-  EXPECT_EQ(SettingsWindow::shortcutText(HotKey{0x31, HotKey::kControl | HotKey::kOption}),
-            QStringLiteral("Ctrl+Alt+Space"));
-  EXPECT_EQ(SettingsWindow::shortcutText(HotKey{0x00, HotKey::kCommand | HotKey::kShift}),
-            QStringLiteral("Shift+Super+A"));
-  EXPECT_EQ(SettingsWindow::shortcutText(HotKey{0x3F, 0}), QStringLiteral("key 63"));
-}
-
 }  // namespace
 }  // namespace orrery::app

@@ -22,7 +22,8 @@ QString ShortcutRecorder::shortcutText() const {
   if (!key) return {};
   KeyCombo::LayoutName names;
   if (layout_ != nullptr) names = [this](std::uint32_t code) { return layout_->character(code); };
-  return QString::fromStdString(KeyCombo::display(*key, names));
+  return QString::fromStdString(style_ == Style::symbols ? KeyCombo::display(*key, names)
+                                                         : KeyCombo::displayInWords(*key, names));
 }
 
 std::uint64_t ShortcutRecorder::eventFlags(Qt::KeyboardModifiers modifiers) {

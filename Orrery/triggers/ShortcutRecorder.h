@@ -7,8 +7,11 @@
 // KeyCombo::interpret: Esc cancels, a key without Command, Option or Control
 // is ignored and recording goes on, anything else becomes the shortcut in
 // the settings, which ends the suspension with the new trigger settings.
-// The text shows the stored shortcut with KeyCombo::display and the
-// layout's key names; error forwards the TriggerStatus message.
+// The text shows the stored shortcut with the layout's key names, in words
+// as Linux desktops write shortcuts ("Ctrl+Alt+Space", KeyCombo::
+// displayInWords) or in symbols as macOS does ("⌃⌥Space",
+// KeyCombo::display), as the platform says; error forwards the
+// TriggerStatus message.
 //
 // Qt's modifiers map onto the event flags as the desktop names them: Ctrl
 // is Control, Alt is Option, Meta (the Super or Windows key) is Command.
@@ -46,6 +49,9 @@ class ShortcutRecorder final : public QObject {
   ~ShortcutRecorder() override;
 
   bool recording() const { return recording_; }
+  // How shortcutText() writes modifiers and special keys; words unless set.
+  enum class Style { words, symbols };
+  void setStyle(Style style) { style_ = style; }
   QString shortcutText() const;
   QString error() const { return status_.hotKeyError(); }
 
@@ -69,6 +75,7 @@ class ShortcutRecorder final : public QObject {
   TriggerStatus& status_;
   KeyboardLayout* layout_;
   Suspend suspend_;
+  Style style_ = Style::words;
   bool recording_ = false;
 };
 

@@ -136,6 +136,43 @@ const NamedKey* find(std::span<const NamedKey> table, std::uint32_t keyCode) {
   return nullptr;
 }
 
+// The words for the special keys that keyName() shows as symbols. One call
+// with literal texts each, so that the translation tools find them.
+std::optional<std::string> keyWord(std::uint32_t keyCode) {
+  switch (keyCode) {
+    case 36:
+      return text::localized("Return", "Name of a key in a shortcut");
+    case 76:
+      return text::localized("Enter", "Name of a key in a shortcut");
+    case 48:
+      return text::localized("Tab", "Name of a key in a shortcut");
+    case 51:
+      return text::localized("Backspace", "Name of a key in a shortcut");
+    case 117:
+      return text::localized("Delete", "Name of a key in a shortcut");
+    case 53:
+      return text::localized("Escape", "Name of a key in a shortcut");
+    case 123:
+      return text::localized("Left", "Name of a key in a shortcut");
+    case 124:
+      return text::localized("Right", "Name of a key in a shortcut");
+    case 125:
+      return text::localized("Down", "Name of a key in a shortcut");
+    case 126:
+      return text::localized("Up", "Name of a key in a shortcut");
+    case 115:
+      return text::localized("Home", "Name of a key in a shortcut");
+    case 119:
+      return text::localized("End", "Name of a key in a shortcut");
+    case 116:
+      return text::localized("Page Up", "Name of a key in a shortcut");
+    case 121:
+      return text::localized("Page Down", "Name of a key in a shortcut");
+    default:
+      return std::nullopt;
+  }
+}
+
 // Locale-independent full upper-casing, so "ß" becomes "SS" on every system.
 std::string upperCased(const std::string& text) {
   std::string out;
@@ -167,6 +204,19 @@ std::string display(const HotKey& key, const LayoutName& layoutName) {
   if (key.carbonModifiers & HotKey::kOption) out += "⌥";
   if (key.carbonModifiers & HotKey::kShift) out += "⇧";
   if (key.carbonModifiers & HotKey::kCommand) out += "⌘";
+  return out + keyName(key.keyCode, layoutName);
+}
+
+std::string displayInWords(const HotKey& key, const LayoutName& layoutName) {
+  std::string out;
+  if (key.carbonModifiers & HotKey::kControl)
+    out += text::localized("Ctrl", "The Control key in a shortcut") + '+';
+  if (key.carbonModifiers & HotKey::kOption) out += text::localized("Alt", "The Alt key in a shortcut") + '+';
+  if (key.carbonModifiers & HotKey::kShift)
+    out += text::localized("Shift", "The Shift key in a shortcut") + '+';
+  if (key.carbonModifiers & HotKey::kCommand)
+    out += text::localized("Super", "The Super (Windows) key in a shortcut") + '+';
+  if (std::optional<std::string> word = keyWord(key.keyCode)) return out + *word;
   return out + keyName(key.keyCode, layoutName);
 }
 

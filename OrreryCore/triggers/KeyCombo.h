@@ -73,8 +73,14 @@ std::uint32_t carbonModifiers(std::uint64_t cocoaFlags);
 // the user types everywhere. Anything else is accepted with its modifiers.
 RecorderInput interpret(std::uint16_t keyCode, std::uint64_t cocoaFlags);
 
-// "⌃⌥⇧⌘" as far as set, in that order, followed by keyName().
+// "⌃⌥⇧⌘" as far as set, in that order, followed by keyName(): the way
+// macOS shows shortcuts.
 std::string display(const HotKey& key, const LayoutName& layoutName = {});
+
+// "Ctrl+Alt+Shift+Super+" as far as set, in that order, followed by the
+// key's name in words ("Page Down" where display() shows "⇟"): the way
+// Linux desktops show shortcuts. Every word is localized ("Strg+Entf").
+std::string displayInWords(const HotKey& key, const LayoutName& layoutName = {});
 
 // The special-key table's name; else the layout's character in upper case;
 // else the fallback character table's entry (US ANSI keyboard); else

@@ -63,6 +63,27 @@ TEST(KeyCombo, DisplayPutsModifiersInTheirFixedOrder) {
   EXPECT_EQ(KeyCombo::display({122, 0}), "F1");
 }
 
+TEST(KeyCombo, InWordsAsLinuxDesktopsShowShortcuts) {
+  const std::uint32_t all = HotKey::kCommand | HotKey::kShift | HotKey::kOption | HotKey::kControl;
+  EXPECT_EQ(KeyCombo::displayInWords({kSpace, all}), "Ctrl+Alt+Shift+Super+Space");
+  EXPECT_EQ(KeyCombo::displayInWords({kA, HotKey::kCommand}, layout({{kA, "q"}})), "Super+Q");
+  EXPECT_EQ(KeyCombo::displayInWords({121, HotKey::kControl}), "Ctrl+Page Down");
+  EXPECT_EQ(KeyCombo::displayInWords({36, HotKey::kOption}), "Alt+Return");
+  EXPECT_EQ(KeyCombo::displayInWords({111, 0}), "F12");
+  // Every special key has a word, not a symbol.
+  for (const std::uint32_t code : KeyCombo::specialKeyCodes()) {
+    const std::string shown = KeyCombo::displayInWords({code, 0});
+    EXPECT_TRUE(std::all_of(shown.begin(), shown.end(), [](char c) { return c > 0 && c != '+'; }))
+        << code << " " << shown;
+  }
+  ScopedTranslator german([](std::string_view source, std::string_view) -> std::string {
+    if (source == "Ctrl") return "Strg";
+    if (source == "Delete") return "Entf";
+    return std::string(source);
+  });
+  EXPECT_EQ(KeyCombo::displayInWords({117, HotKey::kControl | HotKey::kOption}), "Strg+Alt+Entf");
+}
+
 TEST(KeyCombo, SpecialKeysKeepTheirOwnNames) {
   const auto specials = KeyCombo::specialKeyCodes();
   EXPECT_EQ(std::set<std::uint32_t>(specials.begin(), specials.end()).size(), 27U);

@@ -154,16 +154,6 @@
         <translation>Eine durchlaufende Liste</translation>
     </message>
     <message>
-        <source>None</source>
-        <comment>no keyboard shortcut</comment>
-        <translation>Kein</translation>
-    </message>
-    <message>
-        <source>key %1</source>
-        <comment>a key without a name, by its code</comment>
-        <translation>Taste %1</translation>
-    </message>
-    <message>
         <source>Orrery Settings</source>
         <translation>Orrery-Einstellungen</translation>
     </message>
@@ -575,6 +565,76 @@
         <comment>Last line of the confirmation before moving apps to the Trash</comment>
         <translation>Sie können sie aus dem Papierkorb wiederherstellen.</translation>
     </message>
+    <message>
+        <source>Return</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Eingabe</translation>
+    </message>
+    <message>
+        <source>Enter</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Enter</translation>
+    </message>
+    <message>
+        <source>Tab</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Tab</translation>
+    </message>
+    <message>
+        <source>Backspace</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Rücktaste</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Entf</translation>
+    </message>
+    <message>
+        <source>Escape</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Esc</translation>
+    </message>
+    <message>
+        <source>Left</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Links</translation>
+    </message>
+    <message>
+        <source>Right</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Rechts</translation>
+    </message>
+    <message>
+        <source>Down</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Runter</translation>
+    </message>
+    <message>
+        <source>Up</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Hoch</translation>
+    </message>
+    <message>
+        <source>Home</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Pos1</translation>
+    </message>
+    <message>
+        <source>End</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Ende</translation>
+    </message>
+    <message>
+        <source>Page Up</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Bild auf</translation>
+    </message>
+    <message>
+        <source>Page Down</source>
+        <comment>Name of a key in a shortcut</comment>
+        <translation>Bild ab</translation>
+    </message>
 </context>
 <context>
     <name>text</name>
@@ -597,6 +657,26 @@
         <source>This corner is already used in macOS System Settings (Desktop &amp; Dock → Hot Corners). Please turn it off there.</source>
         <comment>Warning in the trigger settings when the chosen hot corner already has a system action</comment>
         <translation>Diese Ecke ist in den macOS-Systemeinstellungen bereits belegt (Schreibtisch &amp; Dock → Aktive Ecken). Bitte schalten Sie sie dort aus.</translation>
+    </message>
+    <message>
+        <source>Ctrl</source>
+        <comment>The Control key in a shortcut</comment>
+        <translation>Strg</translation>
+    </message>
+    <message>
+        <source>Alt</source>
+        <comment>The Alt key in a shortcut</comment>
+        <translation>Alt</translation>
+    </message>
+    <message>
+        <source>Shift</source>
+        <comment>The Shift key in a shortcut</comment>
+        <translation>Umschalt</translation>
+    </message>
+    <message>
+        <source>Super</source>
+        <comment>The Super (Windows) key in a shortcut</comment>
+        <translation>Super</translation>
     </message>
 </context>
 </TS>
