@@ -3,7 +3,6 @@
 // motion, driven by xdotool like a user's hands.
 #include <xcb/xcb.h>
 #include <xcb/xcb_keysyms.h>
-#include <QGuiApplication>
 
 #include <gtest/gtest.h>
 
@@ -15,7 +14,7 @@
 #include "Orrery/platform/x11/X11GlobalPointer.h"
 #include "Orrery/platform/x11/X11KeyGrabs.h"
 #include "Orrery/platform/x11/X11KeyboardLayout.h"
-#include "Orrery/tests/program/DesktopSession.h"
+#include "Orrery/tests/program/QtDesktopTest.h"
 #include "OrreryCore/triggers/KeyCombo.h"
 #include "OrreryCore/triggers/X11KeyTable.h"
 
@@ -23,33 +22,12 @@ namespace orrery::platform {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::DesktopSession;
 
 constexpr std::uint32_t kKeysymO = 0x6f;
 const HotKey kOptionO{31, HotKey::kOption};  // the O key with Alt
 
-class X11TriggersTest : public ::testing::Test {
+class X11TriggersTest : public testing::QtDesktopTest {
  protected:
-  static void SetUpTestSuite() {
-    auto started = DesktopSession::start();
-    ASSERT_TRUE(started) << started.error();
-    session = std::move(*started).release();
-    display = session->display();
-    static char name[] = "orrery_platform_x11_tests";
-    static char platformOption[] = "-platform";
-    static char platform[] = "xcb";
-    static char displayOption[] = "-display";
-    static char* arguments[] = {name, platformOption, platform, displayOption, display.data(), nullptr};
-    static int count = 5;
-    application = new QGuiApplication(count, arguments);
-    session->setPump([] { QCoreApplication::processEvents(); });
-  }
-  static void TearDownTestSuite() {
-    delete application;
-    application = nullptr;
-    delete session;
-    session = nullptr;
-  }
   void SetUp() override {
     if (session == nullptr) GTEST_SKIP() << "no desktop session";
     connection = X11EventConnection::open(display);
@@ -83,9 +61,6 @@ class X11TriggersTest : public ::testing::Test {
     return session->waitUntil([&] { return counter >= value; }, 10s);
   }
 
-  static inline std::string display;
-  static inline DesktopSession* session = nullptr;
-  static inline QGuiApplication* application = nullptr;
   std::shared_ptr<X11EventConnection> connection;
 };
 

@@ -1,7 +1,6 @@
 // The X11 window system against a real window manager: openbox in a
 // desktop session of the test's own, with this process as a Qt client on
 // that display and other X clients beside it.
-#include <QGuiApplication>
 #include <QWindow>
 
 #include <gtest/gtest.h>
@@ -10,42 +9,17 @@
 #include <string>
 
 #include "Orrery/platform/PlatformFactory.h"
-#include "Orrery/tests/program/DesktopSession.h"
+#include "Orrery/tests/program/QtDesktopTest.h"
 
 namespace orrery::platform {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::DesktopSession;
 using testing::WindowQuery;
 using testing::XWindow;
 
-class X11WindowSystemTest : public ::testing::Test {
+class X11WindowSystemTest : public testing::QtDesktopTest {
  protected:
-  // One display per test program: Qt connects once per process. Under
-  // ctest every test is a process of its own, so each has its own desktop.
-  static void SetUpTestSuite() {
-    auto started = DesktopSession::start();
-    ASSERT_TRUE(started) << started.error();
-    session = std::move(*started).release();
-    display = session->display();
-    static char name[] = "orrery_platform_x11_tests";
-    static char platformOption[] = "-platform";
-    static char platform[] = "xcb";
-    static char displayOption[] = "-display";
-    static char* arguments[] = {name, platformOption, platform, displayOption, display.data(), nullptr};
-    static int count = 5;
-    application = new QGuiApplication(count, arguments);
-    session->setPump([] { QCoreApplication::processEvents(); });
-  }
-  static void TearDownTestSuite() {
-    // Qt first: it ends the program when its server goes away under it.
-    delete application;
-    application = nullptr;
-    delete session;
-    session = nullptr;
-  }
-
   void SetUp() override {
     if (session == nullptr) GTEST_SKIP() << "no desktop session";
     windowSystem = makeWindowSystem();
@@ -67,9 +41,6 @@ class X11WindowSystemTest : public ::testing::Test {
     EXPECT_EQ(session->property(window, "_NET_FRAME_EXTENTS"), "0, 0, 0, 0");
   }
 
-  static inline std::string display;
-  static inline DesktopSession* session = nullptr;
-  static inline QGuiApplication* application = nullptr;
   std::unique_ptr<app::WindowSystem> windowSystem;
 };
 
