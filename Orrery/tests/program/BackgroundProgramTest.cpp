@@ -75,12 +75,9 @@ class BackgroundProgramTest : public ::testing::Test {
         << "[General]\nsettings=\"@ByteArray(" << escaped << ")\"\n";
   }
   std::optional<XWindow> showOverlay() {
-    session->launch(
-        {ORRERY_PROGRAM, "--show-overlay"},
-        {"HOME=" + (tree() / "home").string(), "XDG_DATA_HOME=" + (tree() / "data").string(),
-         "XDG_DATA_DIRS=" + (tree() / "system").string(), "XDG_CONFIG_HOME=" + (tree() / "config").string(),
-         "XDG_CURRENT_DESKTOP=", "QT_QPA_PLATFORM=xcb"},
-        tree() / "orrery.log");
+    session->launch({ORRERY_PROGRAM, "--show-overlay"},
+                    DesktopSession::programEnvironment(tree(), {"XDG_CURRENT_DESKTOP="}),
+                    tree() / "orrery.log");
     const auto window = session->waitForWindow(WindowQuery::byName("^Orrery$"), 30s);
     if (!window || !session->waitUntilFullscreen(*window, 20s)) return std::nullopt;
     return window;

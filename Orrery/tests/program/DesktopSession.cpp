@@ -541,6 +541,19 @@ std::optional<WindowGeometry> DesktopSession::geometry(XWindow window) const {
   return result;
 }
 
+std::vector<std::string> DesktopSession::programEnvironment(const std::filesystem::path& tree,
+                                                            const std::vector<std::string>& more) {
+  std::vector<std::string> variables = {
+      "HOME=" + (tree / "home").string(),
+      "XDG_DATA_HOME=" + (tree / "data").string(),
+      "XDG_DATA_DIRS=" + (tree / "system").string(),
+      "XDG_CONFIG_HOME=" + (tree / "config").string(),
+      "QT_QPA_PLATFORM=xcb",
+  };
+  variables.insert(variables.end(), more.begin(), more.end());
+  return variables;
+}
+
 std::optional<std::string> DesktopSession::property(XWindow window, const std::string& name) const {
   std::vector<std::string> arguments = {"xprop", "-notype"};
   if (window == 0) {

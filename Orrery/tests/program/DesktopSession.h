@@ -165,6 +165,12 @@ class DesktopSession {
   SessionProcess& launch(const std::vector<std::string>& arguments,
                          const std::vector<std::string>& overrides = {},
                          const std::filesystem::path& outputFile = {});
+  // The overrides for an Orrery of its own in the test folder `tree`: its
+  // home, data and settings there (tree/home, tree/data, tree/config), the
+  // system's applications in tree/system, on this session's X server;
+  // `more` is added, and may override these.
+  static std::vector<std::string> programEnvironment(const std::filesystem::path& tree,
+                                                     const std::vector<std::string>& more = {});
 
   // Called between the polls of every wait below, e.g. to process a Qt
   // test's events.

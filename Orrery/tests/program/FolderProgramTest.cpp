@@ -70,11 +70,7 @@ class FolderProgramTest : public ::testing::Test {
   void start(const std::vector<std::string>& options) {
     std::vector<std::string> arguments{ORRERY_PROGRAM};
     arguments.insert(arguments.end(), options.begin(), options.end());
-    session->launch(arguments,
-                    {"HOME=" + (tree() / "home").string(), "XDG_DATA_HOME=" + (tree() / "data").string(),
-                     "XDG_DATA_DIRS=" + (tree() / "system").string(),
-                     "XDG_CONFIG_HOME=" + (tree() / "config").string(), "QT_QPA_PLATFORM=xcb"},
-                    logFile());
+    session->launch(arguments, DesktopSession::programEnvironment(tree()), logFile());
   }
 
   // Starts orrery and waits until its overlay has the keyboard and its first

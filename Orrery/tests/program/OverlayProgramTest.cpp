@@ -53,10 +53,7 @@ class OverlayProgramTest : public ::testing::Test {
   // Starts orrery with its folders in the tree, showing the overlay, and
   // returns its window once it covers the screen.
   std::optional<XWindow> showOverlay() {
-    session->launch({ORRERY_PROGRAM, "--show-overlay"},
-                    {"HOME=" + (tree() / "home").string(), "XDG_DATA_HOME=" + (tree() / "data").string(),
-                     "XDG_DATA_DIRS=" + (tree() / "system").string(),
-                     "XDG_CONFIG_HOME=" + (tree() / "config").string(), "QT_QPA_PLATFORM=xcb"},
+    session->launch({ORRERY_PROGRAM, "--show-overlay"}, DesktopSession::programEnvironment(tree()),
                     logFile());
     const auto window = session->waitForWindow(WindowQuery::byName("^Orrery$"), 30s);
     if (!window) return std::nullopt;

@@ -39,13 +39,7 @@ class ShellProgramTest : public ::testing::Test {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   }
   std::vector<std::string> programEnvironment(const std::string& language = "C") const {
-    return {"HOME=" + (tree() / "home").string(),
-            "XDG_DATA_HOME=" + (tree() / "data").string(),
-            "XDG_DATA_DIRS=" + (tree() / "system").string(),
-            "XDG_CONFIG_HOME=" + (tree() / "config").string(),
-            "QT_QPA_PLATFORM=xcb",
-            "LANGUAGE=" + language,
-            "LC_ALL=C.UTF-8"};
+    return DesktopSession::programEnvironment(tree(), {"LANGUAGE=" + language, "LC_ALL=C.UTF-8"});
   }
   // Past the first run: no settings window at start.
   void skipFirstRun() const {

@@ -67,11 +67,7 @@ class TriggerProgramTest : public ::testing::Test {
     }
     std::ofstream(tree() / "config/Lumenfold/Orrery.conf")
         << "[General]\nsettings=\"@ByteArray(" << escaped << ")\"\n";
-    session->launch({ORRERY_PROGRAM},
-                    {"HOME=" + (tree() / "home").string(), "XDG_DATA_HOME=" + (tree() / "data").string(),
-                     "XDG_DATA_DIRS=" + (tree() / "system").string(),
-                     "XDG_CONFIG_HOME=" + (tree() / "config").string(), "QT_QPA_PLATFORM=xcb"},
-                    logFile());
+    session->launch({ORRERY_PROGRAM}, DesktopSession::programEnvironment(tree()), logFile());
     return session->waitUntil([&] { return log().find("Orrery gestartet") != std::string::npos; }, 30s);
   }
 
