@@ -12,6 +12,7 @@
 
 #include <iostream>
 #include <optional>
+#include <thread>
 
 #include "Orrery/base/Logging.h"
 #include "Orrery/platform/PlatformFactory.h"
@@ -24,6 +25,8 @@
 #include "OrreryCore/text/Collation.h"
 
 int main(int argc, char* argv[]) {
+  // First of all: the fonts are read while Qt starts.
+  const std::jthread fonts = orrery::platform::warmFontsInBackground();
   QApplication application(argc, argv);
   QApplication::setOrganizationName(QStringLiteral("Lumenfold"));
   QApplication::setOrganizationDomain(QStringLiteral("lumenfold.ch"));

@@ -21,6 +21,7 @@
 #include "Orrery/platform/macos/WorkspaceOpener.h"
 #else
 #include "Orrery/platform/drm/GraphicsDevices.h"
+#include "Orrery/platform/fontconfig/FontWarmup.h"
 #include "Orrery/platform/gio/DesktopHotCorners.h"
 #include "Orrery/platform/gio/GioAppOpener.h"
 #include "Orrery/platform/gnome/GnomeWallpaperSource.h"
@@ -325,6 +326,14 @@ bool trayPanelIsDark() {
     }
   }
   return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
+}
+
+std::jthread warmFontsInBackground() {
+#if defined(__APPLE__)
+  return {};
+#else
+  return readFontConfigurationInBackground();
+#endif
 }
 
 bool writesShortcutsInSymbols() {

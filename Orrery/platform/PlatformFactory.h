@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "Orrery/appearance/DesktopPictureSource.h"
 #include "Orrery/appearance/IconLocator.h"
@@ -115,5 +116,10 @@ bool trayPanelIsDark();
 // Shortcuts are written in symbols ("⌃⌥Space") on macOS, in words
 // ("Ctrl+Alt+Space") on Linux desktops.
 bool writesShortcutsInSymbols();
+
+// Starts reading the system's font configuration in the background, where
+// the toolkit would otherwise read it on the way to the first frame; the
+// thread is joined when the returned value goes. Nothing to do on macOS.
+std::jthread warmFontsInBackground();
 
 }  // namespace orrery::platform
