@@ -135,6 +135,7 @@ void AppDelegate::launch() {
   connect(arrangement_.get(), &ArrangementController::layoutChanged, overlayModel_.get(), syncOverlay);
   connect(catalog_.get(), &AppCatalog::changed, overlayModel_.get(), syncOverlay);
   connect(catalog_.get(), &AppCatalog::changed, icons_.get(), preloadIcons);
+  connect(catalog_.get(), &AppCatalog::scanApplied, this, &AppDelegate::runWaitingShow);
   connect(settings_.get(), &SettingsStore::settingsChanged, overlayModel_.get(), syncOverlay);
   connect(overlayModel_.get(), &OverlayModel::gridChanged, icons_.get(), preloadIcons);
 
@@ -145,8 +146,8 @@ void AppDelegate::launch() {
         if (overlay_->isVisible())
           overlay_->hide();
         else
-          overlay_->show(nullptr, source == TriggerSource::hotKey ? QStringLiteral("hot key")
-                                                                  : QStringLiteral("hot corner"));
+          showOverlay(source == TriggerSource::hotKey ? QStringLiteral("hot key")
+                                                      : QStringLiteral("hot corner"));
       },
       [this] { return TriggerSettings::from(settings_->settings()); });
   connect(settings_.get(), &SettingsStore::settingsChanged, triggers_.get(),
@@ -205,7 +206,7 @@ void AppDelegate::runPerfTest() {
 }
 
 void AppDelegate::showOverlay(const QString& label) {
-  if (overlay_) overlay_->show(nullptr, label);
+  if (overlay_) whenAppsKnown([this, label] { overlay_->show(nullptr, label); });
 }
 
 void AppDelegate::start(const CommandLine& commandLine) {
@@ -250,11 +251,30 @@ void AppDelegate::handleLaterStart(const QStringList& arguments) {
 
 void AppDelegate::toggleOverlay() {
   if (!overlay_) return;
-  if (overlay_->isVisible()) {
+  if (waitingShow_) {
+    waitingShow_ = nullptr;
+    waitingShowDeadline_.cancel();
+  } else if (overlay_->isVisible()) {
     overlay_->hide();
   } else {
-    overlay_->show(nullptr, QStringLiteral("toggle"));
+    showOverlay(QStringLiteral("toggle"));
   }
+}
+
+void AppDelegate::whenAppsKnown(std::function<void()> show) {
+  if (appsKnown_) {
+    show();
+    return;
+  }
+  waitingShow_ = std::move(show);
+  if (!waitingShowDeadline_.isSet())
+    waitingShowDeadline_ = clock_.runAfter(firstScanWait, [this] { runWaitingShow(); });
+}
+
+void AppDelegate::runWaitingShow() {
+  appsKnown_ = true;
+  waitingShowDeadline_.cancel();
+  if (auto show = std::exchange(waitingShow_, nullptr)) show();
 }
 
 void AppDelegate::openSettings() {
@@ -286,8 +306,11 @@ void AppDelegate::showFolder(const QString& name) {
   for (const LayoutItem& item : arrangement_->layout().items) {
     const Folder* folder = item.asFolder();
     if (folder == nullptr || folder->name != wanted) continue;
-    overlayModel_->openFolder(QString::fromStdString(folder->id.text()));
-    overlay_->show(nullptr, QStringLiteral("--show-folder"));
+    const QString id = QString::fromStdString(folder->id.text());
+    whenAppsKnown([this, id] {
+      overlayModel_->openFolder(id);
+      overlay_->show(nullptr, QStringLiteral("--show-folder"));
+    });
     return;
   }
   qCWarning(shellLog, "--show-folder: Ordner %s nicht gefunden", qPrintable(name));

@@ -28,6 +28,7 @@
 
 #include <QObject>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -86,7 +87,12 @@ class AppDelegate final : public QObject {
   // launch() (tests run where there is none).
   void setTrayAvailability(std::function<bool()> available) { trayAvailable_ = std::move(available); }
   // Shows the overlay; `label` names the occasion in the show-time log.
+  // Before the first scan is in, the saved arrangement has no names or
+  // icons yet, so a show asked for then waits for it (a fraction of a
+  // second at start), or for `firstScanWait` should the first scan need
+  // confirming; a toggle meanwhile takes the waiting show back.
   void showOverlay(const QString& label);
+  static constexpr std::chrono::milliseconds firstScanWait{1000};
   // Shows the overlay with the first folder of that name open; when there
   // is none, says so in the log and shows nothing.
   void showFolder(const QString& name);
@@ -122,6 +128,9 @@ class AppDelegate final : public QObject {
 
  private:
   const SyncStateStore::LoadResult& loadedSyncState();
+  // Runs `show` once the first scan is in (at once when it is).
+  void whenAppsKnown(std::function<void()> show);
+  void runWaitingShow();
 
   std::filesystem::path dataDirectory_;
   QtClock clock_;
@@ -153,6 +162,9 @@ class AppDelegate final : public QObject {
   std::unique_ptr<SettingsWindow> settingsWindow_;
   bool perfStarted_ = false;
   bool launched_ = false;
+  bool appsKnown_ = false;
+  std::function<void()> waitingShow_;
+  ScheduledAction waitingShowDeadline_;
 };
 
 }  // namespace orrery::app

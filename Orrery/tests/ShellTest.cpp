@@ -118,6 +118,9 @@ class ShellTest : public ::testing::Test {
     delegate->settings().setSettings(settings);
   }
   bool settingsOpen() { return delegate->settingsWindow() && delegate->settingsWindow()->isVisible(); }
+  bool firstScanIn() {
+    return QTest::qWaitFor([&] { return delegate->arrangement().projectionIDs().has_value(); }, 10000);
+  }
   // Past the first run, so a test starts with no window open.
   void finishFirstRun() {
     Settings settings = delegate->settings().settings();
@@ -143,9 +146,10 @@ TEST_F(ShellTest, TheFirstRunOpensTheSettingsOnceAndNeverAgain) {
   // A first start that asked for the overlay gets only the overlay; the
   // settings wait for the next plain start.
   QSettings().clear();
+  install("alpha.desktop", "Alpha");
   makeDelegate().start({.toggle = true});
   EXPECT_FALSE(settingsOpen());
-  EXPECT_TRUE(delegate->overlay()->isVisible());
+  EXPECT_TRUE(QTest::qWaitFor([&] { return delegate->overlay()->isVisible(); }, 10000));
   EXPECT_FALSE(delegate->settings().settings().firstRunDone);
   makeDelegate().start({});
   EXPECT_TRUE(settingsOpen());
@@ -178,11 +182,13 @@ TEST_F(ShellTest, ToggleFromALaterStartTogglesTheRunningOverlay) {
   const InstanceChannel::Where where{.sessionBus = false, .runtimeFolder = qpath(runtime.path())};
   auto first = InstanceChannel::claim({QStringLiteral("orrery")}, where);
   ASSERT_TRUE(first.channel) << first.problem.toStdString();
+  install("alpha.desktop", "Alpha");
   makeDelegate();
   finishFirstRun();
   QObject::connect(first.channel.get(), &InstanceChannel::commandLineReceived, delegate.get(),
                    &AppDelegate::handleLaterStart);
   delegate->start({});
+  ASSERT_TRUE(firstScanIn());
   ASSERT_FALSE(delegate->overlay()->isVisible());
 
   const QStringList toggle = {QStringLiteral("orrery"), QStringLiteral("--toggle")};
@@ -199,6 +205,36 @@ TEST_F(ShellTest, ToggleFromALaterStartTogglesTheRunningOverlay) {
   EXPECT_FALSE(delegate->overlay()->isVisible());
   EXPECT_TRUE(
       claimElsewhere({QStringLiteral("orrery"), QStringLiteral("--no-such-option")}, where).handedOver);
+  EXPECT_FALSE(delegate->overlay()->isVisible());
+}
+
+// At start the saved arrangement has no names or icons until the first scan
+// is in: an overlay asked for before then comes with them, and a toggle in
+// between takes the show back.
+TEST_F(ShellTest, AnOverlayAskedForAtStartWaitsForTheFirstScan) {
+  install("alpha.desktop", "Alpha");
+  fs::create_directories(tree() / "data/Orrery");
+  std::ofstream(tree() / "data/Orrery/layout.json")
+      << R"({"hidden": [], "items": [{"app": {"_0": "alpha.desktop"}}], "version": 1})";
+  makeDelegate();
+  finishFirstRun();
+  CommandLine show;
+  show.showOverlay = true;
+  delegate->start(show);
+  // The scan's result reaches the main thread through its event loop.
+  EXPECT_FALSE(delegate->overlay()->isVisible());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->overlay()->isVisible(); }, 10000));
+  const ArrangementListModel& page = delegate->overlayModel()->pageItemsModel(0);
+  ASSERT_EQ(page.rowCount(), 1);
+  EXPECT_EQ(page.index(0).data(ArrangementListModel::NameRole).toString(), QStringLiteral("Alpha"));
+
+  makeDelegate();
+  CommandLine toggle;
+  toggle.toggle = true;
+  delegate->start(toggle);
+  delegate->toggleOverlay();
+  ASSERT_TRUE(firstScanIn());
+  QCoreApplication::processEvents();
   EXPECT_FALSE(delegate->overlay()->isVisible());
 }
 
