@@ -322,7 +322,8 @@ QString OverlayController::sortSheetMessage() { return tr("Sort all apps and fol
 QString OverlayController::sortSheetText() const {
   QString text = tr("Folders come first, then apps, each from A to Z. You can undo it right afterwards.");
   if (model_.syncEnabled())
-    text += QStringLiteral("\n\n") + tr("The arrangement also changes on your other Macs.");
+    text += QStringLiteral("\n\n") + tr("The arrangement also changes on your other computers.",
+                                        "the other computers that share the arrangement through sync");
   return text;
 }
 

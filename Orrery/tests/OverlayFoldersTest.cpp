@@ -336,7 +336,7 @@ TEST_F(OverlayFoldersControllerTest, WithSyncOnTheSheetSaysOtherMachinesFollow) 
   makeController();
   EXPECT_EQ(controller->sortSheetText(),
             "Folders come first, then apps, each from A to Z. You can undo it right afterwards.\n\n"
-            "The arrangement also changes on your other Macs.");
+            "The arrangement also changes on your other computers.");
 }
 
 TEST_F(OverlayFoldersControllerTest, EverythingWorksWithoutAMouse) {

@@ -55,7 +55,8 @@
         <translation>Zuerst die Ordner, dann die Programme, jeweils von A bis Z. Gleich danach lässt sich das rückgängig machen.</translation>
     </message>
     <message>
-        <source>The arrangement also changes on your other Macs.</source>
+        <source>The arrangement also changes on your other computers.</source>
+        <comment>the other computers that share the arrangement through sync</comment>
         <translation>Die Anordnung ändert sich auch auf Ihren anderen Rechnern.</translation>
     </message>
 </context>
