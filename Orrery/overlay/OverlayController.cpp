@@ -122,6 +122,8 @@ void OverlayController::hide() {
   // open folder closes too (keeping a name being edited), so the next show
   // starts at the grid.
   finishSortSheet(false);
+  model_.trashFlow().finishSheet(false);
+  model_.trashFlow().dismissFailure();
   model_.closeMenu();
   model_.closeFolder();
   const std::uint64_t generation = ++generation_;
@@ -219,6 +221,7 @@ bool OverlayController::handleKey(const QKeyEvent& event) {
       finishSortSheet(false);
     return true;
   }
+  if (handleTrashSheetKey(event)) return true;
   if (model_.menuOpen() && handleMenuKey(event)) return true;
   // The folder's title keeps what is typed into it; Esc still closes the
   // folder, which keeps the name.
@@ -394,8 +397,33 @@ void OverlayController::updateEscapeFallback() {
   if (escape_ != nullptr) escape_->setActive(focus().needsEscapeFallback());
 }
 
+bool OverlayController::handleTrashSheetKey(const QKeyEvent& event) {
+  TrashFlow& trash = model_.trashFlow();
+  const bool accept = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+  // Both sheets are modal: they take every key. Return moves (the user
+  // asked for exactly this a moment ago, and the Trash gives it back), Esc
+  // cancels; the failure report goes with either.
+  if (trash.sheetShown()) {
+    if (accept || event.key() == Qt::Key_Escape) trash.finishSheet(accept);
+    return true;
+  }
+  if (trash.failureShown()) {
+    if (accept || event.key() == Qt::Key_Escape) trash.dismissFailure();
+    return true;
+  }
+  return false;
+}
+
 void OverlayController::escapeFromFallback() {
   if (!visible_) return;
+  if (model_.trashFlow().sheetShown()) {
+    model_.trashFlow().finishSheet(false);
+    return;
+  }
+  if (model_.trashFlow().failureShown()) {
+    model_.trashFlow().dismissFailure();
+    return;
+  }
   if (!model_.handleEscape()) hide();
 }
 

@@ -23,6 +23,8 @@
 #include "Orrery/platform/drm/GraphicsDevices.h"
 #include "Orrery/platform/gio/DesktopHotCorners.h"
 #include "Orrery/platform/gio/GioAppOpener.h"
+#include "Orrery/platform/gio/GioTrash.h"
+#include "Orrery/platform/gio/RunningDesktopApps.h"
 #include "Orrery/platform/gnome/GnomeWallpaperSource.h"
 #include "Orrery/platform/kde/PlasmaWallpaperSource.h"
 #include "Orrery/platform/qt/PictureFiles.h"
@@ -118,6 +120,22 @@ std::shared_ptr<const app::AppOpener> makeAppOpener() {
   return std::make_shared<const WorkspaceOpener>();
 #else
   return std::make_shared<const GioAppOpener>();
+#endif
+}
+
+std::unique_ptr<TrashService> makeTrashService() {
+#if defined(__APPLE__)
+  return nullptr;
+#else
+  return std::make_unique<GioTrash>();
+#endif
+}
+
+std::function<AppIDSet(const std::vector<AppInfo>&)> makeRunningAppsProbe() {
+#if defined(__APPLE__)
+  return [](const std::vector<AppInfo>&) { return AppIDSet{}; };
+#else
+  return [](const std::vector<AppInfo>& apps) { return runningDesktopApps(apps); };
 #endif
 }
 

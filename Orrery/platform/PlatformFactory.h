@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Orrery/appearance/DesktopPictureSource.h"
 #include "Orrery/appearance/IconLocator.h"
@@ -24,6 +25,7 @@
 #include "Orrery/triggers/TriggerController.h"
 #include "OrreryCore/catalog/AppScanner.h"
 #include "OrreryCore/catalog/BundleFormat.h"
+#include "OrreryCore/trash/TrashService.h"
 
 namespace orrery::platform {
 
@@ -62,6 +64,15 @@ QString iconThemeName(const QString& qtTheme, const app::IconThemeFolders& folde
 // How the launcher starts an app: its desktop entry through GIO on free
 // desktops, its bundle through the workspace on macOS.
 std::shared_ptr<const app::AppOpener> makeAppOpener();
+
+// Moves apps to the Trash: their desktop entries through GIO's
+// g_file_trash on free desktops. Nothing where no adapter exists yet
+// (macOS): the overlay then offers no "Move to Trash …".
+std::unique_ptr<TrashService> makeTrashService();
+
+// Which of the given apps are running now: on Linux the processes in /proc
+// started from the app's desktop entry or running its executable.
+std::function<AppIDSet(const std::vector<AppInfo>&)> makeRunningAppsProbe();
 
 // The overlay's window system for the Qt platform the application runs on:
 // EWMH on X11 (platform "xcb"); elsewhere what the compositor and Qt do by

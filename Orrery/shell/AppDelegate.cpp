@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QIcon>
 #include <QLayout>
+#include <QMessageBox>
 #include <QSystemTrayIcon>
 #include <QTimer>
 
@@ -124,6 +125,25 @@ void AppDelegate::launch() {
   connect(launcher_.get(), &AppLauncher::launchFailed, overlayModel_.get(),
           [this](const QString&, const QString& message) { overlayModel_->setMessage(message); });
   connect(arrangement_.get(), &ArrangementController::layoutChanged, overlayModel_.get(), syncOverlay);
+
+  // Moving apps to the Trash: what left is gone from the catalog at once.
+  trashService_ = platform::makeTrashService();
+  TrashFlow& trash = overlayModel_->trashFlow();
+  trash.setService(trashService_.get());
+  trash.setRunningProbe(platform::makeRunningAppsProbe());
+  trash.setOverlayShown([this] { return overlay_ && overlay_->isVisible(); });
+  trash.setOnRemoved([this](const AppIDSet& ids) { catalog_->removeIntentionally(ids); });
+  trash.setStandaloneAlert([](const QString& title, const QString& message) {
+    // The overlay went while the move ran: a window of its own, above the
+    // others, that goes away by itself once read.
+    auto* box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Orrery"), title, QMessageBox::Ok);
+    box->setInformativeText(message);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowFlag(Qt::WindowStaysOnTopHint);
+    box->show();
+    box->raise();
+    box->activateWindow();
+  });
   connect(catalog_.get(), &AppCatalog::changed, overlayModel_.get(), syncOverlay);
   connect(catalog_.get(), &AppCatalog::changed, icons_.get(), preloadIcons);
   connect(settings_.get(), &SettingsStore::settingsChanged, overlayModel_.get(), syncOverlay);
