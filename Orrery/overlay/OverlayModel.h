@@ -165,7 +165,7 @@ class OverlayModel final : public QObject {
   void finishTrash(std::int64_t session) { trash_.finishTrash(session); }
   bool canMoveSelectionToFolder() const { return trash_.canMoveSelectionToFolder(); }
   // The new folder opens, so its name can be typed at once.
-  void makeFolderFromSelection();
+  Q_INVOKABLE void makeFolderFromSelection();
   QVariantList foldersByName() const { return trash_.foldersByName(); }
 
   // Arrangement edits, each saved at once.
