@@ -222,6 +222,13 @@ bool OverlayController::handleKey(const QKeyEvent& event) {
     return true;
   }
   if (handleTrashSheetKey(event)) return true;
+  // Delete in the selection mode: "Move to Trash …" from the keyboard (while
+  // nothing is typed, so Delete still edits a search text).
+  if (event.key() == Qt::Key_Delete && model_.trashFlow().selecting() && !model_.menuOpen() &&
+      model_.query().isEmpty()) {
+    model_.requestTrash();
+    return true;
+  }
   if (model_.menuOpen() && handleMenuKey(event)) return true;
   // The folder's title keeps what is typed into it; Esc still closes the
   // folder, which keeps the name.

@@ -8,7 +8,7 @@ Item {
     id: sheet
 
     required property QtObject trash
-    required property real top
+    required property real sheetTop
 
     readonly property bool confirming: sheet.trash.sheetShown
     visible: sheet.confirming || sheet.trash.failureShown
@@ -26,7 +26,7 @@ Item {
         width: Math.min(480, sheet.width - 32)
         height: content.height + 48
         x: (sheet.width - width) / 2
-        y: sheet.top
+        y: sheet.sheetTop
         radius: 14
         color: "#f62b303a"
         border.color: "#40ffffff"

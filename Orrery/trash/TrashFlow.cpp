@@ -120,7 +120,9 @@ void TrashFlow::finishSheet(bool move) {
   const TrashRequest request = std::move(*request_);
   request_.reset();
   emit sheetChanged();
-  if (move) moveToTrash(request.confirmed(), requestSession_);
+  if (!move) return;
+  qCInfo(trashLog, "Papierkorb: %d App(s) bestätigt", static_cast<int>(request.apps.size()));
+  moveToTrash(request.confirmed(), requestSession_);
 }
 
 void TrashFlow::moveToTrash(const ConfirmedTrash& confirmed, std::int64_t session) {
