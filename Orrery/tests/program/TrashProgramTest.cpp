@@ -173,8 +173,15 @@ TEST_F(TrashProgramTest, TwoTickedEntriesGoToTheTrashAndLeaveTheGridAtOnce) {
 
 TEST_F(TrashProgramTest, AMoveOutOfAReadOnlyFolderShowsTheFailure) {
   ASSERT_TRUE(session);
+  // On a light background, where the labels turn dark.
+  fs::create_directories(tree() / "config/Lumenfold");
+  std::ofstream(tree() / "config/Lumenfold/Orrery.conf") << R"conf([General]
+settings="@ByteArray({\"background\":\"solid\",\"solidColorHex\":\"#F0F0F0\"})"
+)conf";
   ASSERT_TRUE(startShown());
   ASSERT_TRUE(selectFromMenu(2));  // Gamma
+  const char* shots = std::getenv("ORRERY_TRASH_SCREENSHOTS");
+  if (shots != nullptr) session->screenshot(fs::path(shots) / "trash-selection-light.png");
   {
     // Ticked while the folder could be changed; it can't when confirmed.
     ReadOnlyFolder readOnly(applications());
@@ -187,7 +194,6 @@ TEST_F(TrashProgramTest, AMoveOutOfAReadOnlyFolderShowsTheFailure) {
         },
         10s))
         << log();
-    const char* shots = std::getenv("ORRERY_TRASH_SCREENSHOTS");
     if (shots != nullptr) {
       session->waitUntil([] { return false; }, 1s);
       session->screenshot(fs::path(shots) / "trash-failure.png");
