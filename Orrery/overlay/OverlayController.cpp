@@ -32,6 +32,9 @@ OverlayController::OverlayController(OverlayModel& model, Clock& clock, QQuickIm
   view_->setFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
   view_->setColor(Qt::black);
   view_->setResizeMode(QQuickView::SizeRootObjectToView);
+  // Before the view exists: it tells the model where the search field is
+  // while it is being built, and the sheets must hear of that.
+  connect(&model_, &OverlayModel::searchTopChanged, this, &OverlayController::sortSheetChanged);
   view_->setInitialProperties(
       {{QStringLiteral("overlay"), QVariant::fromValue(static_cast<QObject*>(&model_))},
        {QStringLiteral("controller"), QVariant::fromValue(static_cast<QObject*>(this))}});
@@ -44,7 +47,6 @@ OverlayController::OverlayController(OverlayModel& model, Clock& clock, QQuickIm
   connect(qApp, &QGuiApplication::applicationStateChanged, this, &OverlayController::reevaluateFocus);
   connect(qApp, &QGuiApplication::focusWindowChanged, this, &OverlayController::reevaluateFocus);
   connect(&model_, &OverlayModel::sortRequested, this, &OverlayController::confirmSortByName);
-  connect(&model_, &OverlayModel::searchTopChanged, this, &OverlayController::sortSheetChanged);
   connect(view_.get(), &QQuickWindow::frameSwapped, this, [this] {
     if (!timingShow_) return;
     timingShow_ = false;

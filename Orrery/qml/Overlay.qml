@@ -62,14 +62,7 @@ Item {
         anchors.horizontalCenter: parent.horizontalCenter
         y: 48
     }
-    // The model places sheets by it. Set in code: a Binding element on the
-    // model object handed in as a property never wrote it.
-    function tellSearchTop() { root.overlay.searchTop = search.y }
-    Connections {
-        target: search
-        function onYChanged() { root.tellSearchTop() }
-    }
-    Component.onCompleted: root.tellSearchTop()
+    Binding { target: root.overlay; property: "searchTop"; value: search.y }
 
     Item {
         id: grid
@@ -304,7 +297,6 @@ Item {
     TrashSheet {
         anchors.fill: parent
         trash: root.overlay.trash
-        // 60 points below the search field's top, as the sort's sheet.
-        sheetTop: root.overlay.searchTop + 60
+        sheetTop: root.controller.sheetTop
     }
 }

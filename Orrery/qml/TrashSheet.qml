@@ -6,6 +6,7 @@ import QtQuick
 
 Item {
     id: sheet
+    objectName: "trashSheet"
 
     required property QtObject trash
     required property real sheetTop

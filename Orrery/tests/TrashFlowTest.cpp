@@ -1,6 +1,8 @@
 // The overlay's selection mode and the move to the Trash: the model, the
 // flow and the catalog together, with a Trash that answers when the test
 // says so.
+#include <QQuickItem>
+#include <QQuickView>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -13,6 +15,7 @@
 #include <vector>
 
 #include "Orrery/catalog/AppCatalog.h"
+#include "Orrery/overlay/OverlayController.h"
 #include "Orrery/overlay/OverlayModel.h"
 #include "Orrery/tests/FakeScanner.h"
 #include "Orrery/tests/LogCapture.h"
@@ -302,6 +305,18 @@ TEST_F(TrashFlowTest, MakeFolderGathersTheTickedAppsAndOpensTheFolder) {
   const QVariantList folders = model->foldersByName();
   ASSERT_EQ(folders.size(), 1);
   EXPECT_EQ(folders.front().toMap().value("name").toString(), QStringLiteral("New Folder"));
+}
+
+TEST_F(TrashFlowTest, TheSheetsHangSixtyPointsBelowTheSearchField) {
+  // The view tells the model where the search field is while it is built;
+  // the sheets' place must follow that first answer too.
+  OverlayController controller(*model, clock);
+  const auto* sheet = controller.window()->rootObject()->findChild<QQuickItem*>(QStringLiteral("trashSheet"));
+  ASSERT_NE(sheet, nullptr);
+  EXPECT_GT(model->searchTop(), 0);
+  EXPECT_EQ(sheet->property("sheetTop").toDouble(), model->searchTop() + 60);
+  model->setSearchTop(100);
+  EXPECT_EQ(sheet->property("sheetTop").toDouble(), 160);
 }
 
 }  // namespace
