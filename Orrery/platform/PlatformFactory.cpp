@@ -23,7 +23,7 @@
 #include "Orrery/platform/drm/GraphicsDevices.h"
 #include "Orrery/platform/gio/DesktopHotCorners.h"
 #include "Orrery/platform/gio/GioAppOpener.h"
-#include "Orrery/platform/gio/GioTrash.h"
+#include "Orrery/platform/gio/GioFileTrash.h"
 #include "Orrery/platform/gio/RunningDesktopApps.h"
 #include "Orrery/platform/gnome/GnomeWallpaperSource.h"
 #include "Orrery/platform/kde/PlasmaWallpaperSource.h"
@@ -123,11 +123,11 @@ std::shared_ptr<const app::AppOpener> makeAppOpener() {
 #endif
 }
 
-std::unique_ptr<TrashService> makeTrashService() {
+std::unique_ptr<const app::FileTrash> makeFileTrash() {
 #if defined(__APPLE__)
   return nullptr;
 #else
-  return std::make_unique<GioTrash>();
+  return std::make_unique<const GioFileTrash>();
 #endif
 }
 

@@ -21,11 +21,11 @@
 #include "Orrery/overlay/AppOpener.h"
 #include "Orrery/overlay/WindowSystem.h"
 #include "Orrery/settings/LoginItem.h"
+#include "Orrery/trash/FileTrash.h"
 #include "Orrery/triggers/KeyboardLayout.h"
 #include "Orrery/triggers/TriggerController.h"
 #include "OrreryCore/catalog/AppScanner.h"
 #include "OrreryCore/catalog/BundleFormat.h"
-#include "OrreryCore/trash/TrashService.h"
 
 namespace orrery::platform {
 
@@ -65,10 +65,10 @@ QString iconThemeName(const QString& qtTheme, const app::IconThemeFolders& folde
 // desktops, its bundle through the workspace on macOS.
 std::shared_ptr<const app::AppOpener> makeAppOpener();
 
-// Moves apps to the Trash: their desktop entries through GIO's
+// Moves an app's file to the Trash: its desktop entry through GIO's
 // g_file_trash on free desktops. Nothing where no adapter exists yet
 // (macOS): the overlay then offers no "Move to Trash …".
-std::unique_ptr<TrashService> makeTrashService();
+std::unique_ptr<const app::FileTrash> makeFileTrash();
 
 // Which of the given apps are running now: on Linux the processes in /proc
 // started from the app's desktop entry or running its executable.

@@ -14,6 +14,7 @@
 #include "Orrery/base/Logging.h"
 #include "Orrery/platform/PlatformFactory.h"
 #include "Orrery/shell/StartupSync.h"
+#include "Orrery/trash/WorkspaceTrash.h"
 #include "Orrery/triggers/ShortcutField.h"
 #include "Orrery/triggers/TriggerChecks.h"
 #include "Orrery/triggers/TriggerNotes.h"
@@ -127,7 +128,8 @@ void AppDelegate::launch() {
   connect(arrangement_.get(), &ArrangementController::layoutChanged, overlayModel_.get(), syncOverlay);
 
   // Moving apps to the Trash: what left is gone from the catalog at once.
-  trashService_ = platform::makeTrashService();
+  if (std::unique_ptr<const FileTrash> files = platform::makeFileTrash())
+    trashService_ = std::make_unique<WorkspaceTrash>(std::move(files));
   TrashFlow& trash = overlayModel_->trashFlow();
   trash.setService(trashService_.get());
   trash.setRunningProbe(platform::makeRunningAppsProbe());

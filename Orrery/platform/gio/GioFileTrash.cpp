@@ -1,11 +1,8 @@
-#include "Orrery/platform/gio/GioTrash.h"
+#include "Orrery/platform/gio/GioFileTrash.h"
 
 #include <gio/gio.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <optional>
-#include <utility>
 
 #include "OrreryCore/text/Localized.h"
 
@@ -47,26 +44,7 @@ TrashFailure failureFor(const std::string& path, const GError& error) {
 
 }  // namespace
 
-GioTrash::GioTrash() : worker_([this] { run(); }) {}
-
-GioTrash::~GioTrash() {
-  {
-    std::lock_guard lock(mutex_);
-    stopping_ = true;
-  }
-  wake_.notify_all();
-  worker_.join();
-}
-
-void GioTrash::moveToTrash(std::vector<std::string> paths, Completion completion) {
-  {
-    std::lock_guard lock(mutex_);
-    jobs_.push_back({std::move(paths), std::move(completion)});
-  }
-  wake_.notify_one();
-}
-
-std::optional<TrashFailure> GioTrash::trashOne(const std::string& path) {
+std::optional<TrashFailure> GioFileTrash::moveToTrash(const std::string& path) const {
   GFile* file = g_file_new_for_path(path.c_str());
   GError* error = nullptr;
   const gboolean moved = g_file_trash(file, nullptr, &error);
@@ -75,25 +53,6 @@ std::optional<TrashFailure> GioTrash::trashOne(const std::string& path) {
   TrashFailure failure = error != nullptr ? failureFor(path, *error) : TrashFailure{};
   if (error != nullptr) g_error_free(error);
   return failure;
-}
-
-void GioTrash::run() {
-  for (;;) {
-    Job job;
-    {
-      std::unique_lock lock(mutex_);
-      wake_.wait(lock, [this] { return stopping_ || !jobs_.empty(); });
-      // A move that was asked for is finished even when the program ends:
-      // half a move would leave the user guessing what went.
-      if (jobs_.empty()) return;
-      job = std::move(jobs_.front());
-      jobs_.pop_front();
-    }
-    Failures failures;
-    for (const std::string& path : job.paths)
-      if (std::optional<TrashFailure> failure = trashOne(path)) failures.emplace(path, std::move(*failure));
-    if (job.completion) job.completion(std::move(failures));
-  }
 }
 
 }  // namespace orrery::platform

@@ -7,11 +7,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <future>
 #include <sstream>
 #include <string>
 
-#include "Orrery/platform/gio/GioTrash.h"
+#include "Orrery/platform/gio/GioFileTrash.h"
 #include "Orrery/platform/gio/RunningDesktopApps.h"
 #include "OrreryCore/testing/ScopedVariable.h"
 #include "OrreryCore/testing/TemporaryDirectory.h"
@@ -58,16 +57,16 @@ class ReadOnlyFolder {
   fs::path folder_;
 };
 
-TrashService::Failures moveAndWait(GioTrash& trash, std::vector<std::string> paths) {
-  std::promise<TrashService::Failures> answer;
-  trash.moveToTrash(std::move(paths),
-                    [&answer](TrashService::Failures failures) { answer.set_value(failures); });
-  return answer.get_future().get();
+TrashService::Failures moveEach(const GioFileTrash& trash, const std::vector<std::string>& paths) {
+  TrashService::Failures failures;
+  for (const std::string& path : paths)
+    if (std::optional<TrashFailure> failure = trash.moveToTrash(path)) failures.emplace(path, *failure);
+  return failures;
 }
 
 // GLib reads the data folder once per process: this test must be the first
 // in its process to ask (ctest runs each test on its own).
-TEST(GioTrash, MovesEntriesIntoTheHomeTrashAndNamesWhatFailed) {
+TEST(GioFileTrash, MovesEntriesIntoTheHomeTrashAndNamesWhatFailed) {
   TemporaryDirectory home("orrery-trash");
   const fs::path dataHome = home.path() / "data";
   ScopedVariable dataVariable("XDG_DATA_HOME", dataHome.c_str());
@@ -83,11 +82,11 @@ TEST(GioTrash, MovesEntriesIntoTheHomeTrashAndNamesWhatFailed) {
   write(locked, "[Desktop Entry]\nType=Application\nName=Locked\nExec=true\n");
   const fs::path missing = applications / "gone.desktop";
 
-  GioTrash trash;
+  const GioFileTrash trash;
   TrashService::Failures failures;
   {
     ReadOnlyFolder readOnly(locked.parent_path());
-    failures = moveAndWait(trash, {spaced.string(), plain.string(), locked.string(), missing.string()});
+    failures = moveEach(trash, {spaced.string(), plain.string(), locked.string(), missing.string()});
   }
 
   // The two entries are in the Trash, each with a record that says where
