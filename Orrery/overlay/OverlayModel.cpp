@@ -589,7 +589,7 @@ void OverlayModel::chooseMenuEntry(int index) {
       removeFromFolder(appID);
       break;
     case MenuAction::moveToTrash:
-      closeFolder();
+      // An open folder stays: its apps are ticked where they are.
       enterSelection(target.appID);
       break;
     case MenuAction::rename:
