@@ -300,11 +300,24 @@ TEST_F(TrashFlowTest, MakeFolderGathersTheTickedAppsAndOpensTheFolder) {
   for (const LayoutItem& item : arrangement->layout().items)
     if (item.asFolder()) made = item.asFolder();
   ASSERT_NE(made, nullptr);
+  const std::string madeID = made->id.text();
   EXPECT_EQ(made->appIDs, (std::vector<std::string>{"editor.desktop", "paint.desktop"}));
   EXPECT_EQ(model->openFolderID().toStdString(), made->id.text());
   const QVariantList folders = model->foldersByName();
   ASSERT_EQ(folders.size(), 1);
   EXPECT_EQ(folders.front().toMap().value("name").toString(), QStringLiteral("New Folder"));
+
+  // "Move to Trash …" on an app of the open folder: the folder stays open
+  // and the app is ticked there.
+  model->openFolderAppMenu(1, 0, 0);
+  ASSERT_EQ(model->menu().back().action, OverlayModel::MenuAction::moveToTrash);
+  model->chooseMenuEntry(static_cast<int>(model->menu().size()) - 1);
+  EXPECT_TRUE(flow().selecting());
+  EXPECT_EQ(model->selection().selected, AppIDSet{"paint.desktop"});
+  EXPECT_EQ(model->openFolderID().toStdString(), madeID);
+  EXPECT_TRUE(model->handleEscape());
+  EXPECT_TRUE(model->openFolderID().isEmpty()) << "Esc closes the folder first";
+  EXPECT_TRUE(flow().selecting());
 }
 
 TEST_F(TrashFlowTest, TheSheetsHangSixtyPointsBelowTheSearchField) {
