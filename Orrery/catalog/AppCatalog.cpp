@@ -143,6 +143,12 @@ void AppCatalog::process(const std::vector<AppInfo>& scanned, bool confirming) {
   emit scanApplied(*arrangement_.projectionIDs(), confirming);
 }
 
+void AppCatalog::removeIntentionally(const AppIDSet& ids) {
+  if (ids.empty()) return;
+  pending_.markIntentionallyRemoved(ids, clock_.now());
+  rescan(true);
+}
+
 void AppCatalog::requestConfirmingScan() {
   const std::uint64_t id = nextConfirmation_++;
   confirmations_.emplace(id, clock_.runAfter(confirmationDelay, [this, id] {

@@ -69,6 +69,12 @@ class AppCatalog final : public QObject {
   // Scans again 5 s from now, as a confirming scan.
   void requestConfirmingScan();
 
+  // The user moved these apps to the Trash: they leave at the next scan,
+  // without the grace period of a vanished app, and that scan starts now
+  // and counts as confirmed (removing many apps at once is what the user
+  // asked for, not a folder that briefly went missing).
+  void removeIntentionally(const AppIDSet& ids);
+
  public slots:
   // The application folders changed on disk.
   void foldersChanged();

@@ -32,6 +32,9 @@ OverlayController::OverlayController(OverlayModel& model, Clock& clock, QQuickIm
   view_->setFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
   view_->setColor(Qt::black);
   view_->setResizeMode(QQuickView::SizeRootObjectToView);
+  // Before the view exists: it tells the model where the search field is
+  // while it is being built, and the sheets must hear of that.
+  connect(&model_, &OverlayModel::searchTopChanged, this, &OverlayController::sortSheetChanged);
   view_->setInitialProperties(
       {{QStringLiteral("overlay"), QVariant::fromValue(static_cast<QObject*>(&model_))},
        {QStringLiteral("controller"), QVariant::fromValue(static_cast<QObject*>(this))}});
@@ -44,7 +47,6 @@ OverlayController::OverlayController(OverlayModel& model, Clock& clock, QQuickIm
   connect(qApp, &QGuiApplication::applicationStateChanged, this, &OverlayController::reevaluateFocus);
   connect(qApp, &QGuiApplication::focusWindowChanged, this, &OverlayController::reevaluateFocus);
   connect(&model_, &OverlayModel::sortRequested, this, &OverlayController::confirmSortByName);
-  connect(&model_, &OverlayModel::searchTopChanged, this, &OverlayController::sortSheetChanged);
   connect(view_.get(), &QQuickWindow::frameSwapped, this, [this] {
     if (!timingShow_) return;
     timingShow_ = false;
@@ -122,6 +124,8 @@ void OverlayController::hide() {
   // open folder closes too (keeping a name being edited), so the next show
   // starts at the grid.
   finishSortSheet(false);
+  model_.trashFlow().finishSheet(false);
+  model_.trashFlow().dismissFailure();
   model_.closeMenu();
   model_.closeFolder();
   const std::uint64_t generation = ++generation_;
@@ -217,6 +221,14 @@ bool OverlayController::handleKey(const QKeyEvent& event) {
       finishSortSheet(true);
     else if (event.key() == Qt::Key_Escape)
       finishSortSheet(false);
+    return true;
+  }
+  if (handleTrashSheetKey(event)) return true;
+  // Delete in the selection mode: "Move to Trash …" from the keyboard (while
+  // nothing is typed, so Delete still edits a search text).
+  if (event.key() == Qt::Key_Delete && model_.trashFlow().selecting() && !model_.menuOpen() &&
+      model_.query().isEmpty()) {
+    model_.requestTrash();
     return true;
   }
   if (model_.menuOpen() && handleMenuKey(event)) return true;
@@ -395,8 +407,33 @@ void OverlayController::updateEscapeFallback() {
   if (escape_ != nullptr) escape_->setActive(focus().needsEscapeFallback());
 }
 
+bool OverlayController::handleTrashSheetKey(const QKeyEvent& event) {
+  TrashFlow& trash = model_.trashFlow();
+  const bool accept = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+  // Both sheets are modal: they take every key. Return moves (the user
+  // asked for exactly this a moment ago, and the Trash gives it back), Esc
+  // cancels; the failure report goes with either.
+  if (trash.sheetShown()) {
+    if (accept || event.key() == Qt::Key_Escape) trash.finishSheet(accept);
+    return true;
+  }
+  if (trash.failureShown()) {
+    if (accept || event.key() == Qt::Key_Escape) trash.dismissFailure();
+    return true;
+  }
+  return false;
+}
+
 void OverlayController::escapeFromFallback() {
   if (!visible_) return;
+  if (model_.trashFlow().sheetShown()) {
+    model_.trashFlow().finishSheet(false);
+    return;
+  }
+  if (model_.trashFlow().failureShown()) {
+    model_.trashFlow().dismissFailure();
+    return;
+  }
   if (!model_.handleEscape()) hide();
 }
 

@@ -139,6 +139,7 @@ class OverlayController final : public QObject {
   bool searchFieldHasFocus() const;
   bool folderTitleHasFocus() const;
   bool handleMenuKey(const QKeyEvent& event);
+  bool handleTrashSheetKey(const QKeyEvent& event);
   bool composing() const;
   KeyOwner keyOwner() const;
   // A mouse button went down in one of our windows while the overlay is up.

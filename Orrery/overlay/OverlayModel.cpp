@@ -14,8 +14,16 @@ bool isBlank(const std::string& text) {
 }  // namespace
 
 OverlayModel::OverlayModel(ArrangementController& arrangement, QObject* parent)
-    : QObject(parent), state_(Layout::empty(), {}, 1, 1), arrangement_(arrangement), items_(arrangement) {
+    : QObject(parent),
+      state_(Layout::empty(), {}, 1, 1),
+      arrangement_(arrangement),
+      items_(arrangement),
+      trash_(arrangement) {
   connect(&arrangement_, &ArrangementController::layoutChanged, this, &OverlayModel::arrangementChanged);
+  connect(&trash_, &TrashFlow::selectionChanged, this, [this, selecting = false]() mutable {
+    if (std::exchange(selecting, trash_.selecting()) != trash_.selecting()) emit canRearrangeChanged();
+  });
+  connect(&trash_, &TrashFlow::folderMade, this, &OverlayModel::openFolder);
 }
 
 QObject* OverlayModel::pageItems(int page) {
@@ -54,6 +62,7 @@ void OverlayModel::sync(const Layout& layout, const AppMap& apps, const Settings
   if (appsChange || gridChanges || layout != state_.layout()) {
     if (appsChange) {
       apps_ = apps;
+      trash_.setApps(apps_);
       forEachItemModel([this](ArrangementListModel& model) { model.setApps(apps_); });
       folderApps_.setApps(apps_);
     }
@@ -218,16 +227,26 @@ bool OverlayModel::handleEscape() {
     closeFolder();
     return true;
   }
+  if (trash_.selecting()) {
+    exitSelection();
+    return true;
+  }
   // The search text stays: Esc hides the overlay, the query is still there
   // next time.
   return false;
 }
 
 void OverlayModel::launchOnEnter() {
+  if (trash_.selecting()) return;
   if (const std::optional<AppInfo> app = state_.appToLaunchOnEnter()) emit launchRequested(*app);
 }
 
 void OverlayModel::launch(const QString& appID) {
+  // While ticking apps, a click ticks.
+  if (trash_.selecting()) {
+    trash_.toggleSelection(appID);
+    return;
+  }
   const auto found = apps_.find(appID.toStdString());
   if (found != apps_.end()) emit launchRequested(found->second);
 }
@@ -437,13 +456,15 @@ bool OverlayModel::activateFocused() {
 
 namespace {
 
-// The trash entry is shown for every app; moving apps to the trash comes
-// with the trash flow, until then it cannot be chosen.
-OverlayModel::MenuEntry trashEntry() {
-  return {OverlayModel::tr("Move to Trash …"), OverlayModel::MenuAction::moveToTrash, false};
+// "Move to Trash …" starts the selection mode with the app ticked; where
+// the platform cannot trash, it shows but cannot be chosen.
+OverlayModel::MenuEntry trashEntry(bool available) {
+  return {OverlayModel::tr("Move to Trash …"), OverlayModel::MenuAction::moveToTrash, available};
 }
 
 }  // namespace
+
+void OverlayModel::makeFolderFromSelection() { trash_.makeFolderFromSelection(); }
 
 void OverlayModel::openItemMenu(int index, double x, double y) {
   const Layout& layout = arrangement_.layout();
@@ -457,8 +478,10 @@ void OverlayModel::openItemMenu(int index, double x, double y) {
              x, y, false);
   } else {
     menuTarget_ = {*item.appID(), {}};
-    showMenu({{tr("Open"), MenuAction::open, true}, {tr("Hide"), MenuAction::hide, true}, trashEntry()}, x, y,
-             false);
+    showMenu({{tr("Open"), MenuAction::open, true},
+              {tr("Hide"), MenuAction::hide, true},
+              trashEntry(trash_.available())},
+             x, y, false);
   }
 }
 
@@ -469,7 +492,7 @@ void OverlayModel::openFolderAppMenu(int index, double x, double y) {
   showMenu({{tr("Open"), MenuAction::open, true},
             {tr("Hide"), MenuAction::hide, true},
             {tr("Remove from Folder"), MenuAction::removeFromFolder, true},
-            trashEntry()},
+            trashEntry(trash_.available())},
            x, y, false);
 }
 
@@ -477,8 +500,10 @@ void OverlayModel::openResultMenu(int index, double x, double y) {
   const std::vector<AppInfo>& results = searchResults_.results();
   if (!isSearching() || index < 0 || static_cast<std::size_t>(index) >= results.size()) return;
   menuTarget_ = {results[static_cast<std::size_t>(index)].id, {}};
-  showMenu({{tr("Open"), MenuAction::open, true}, {tr("Hide"), MenuAction::hide, true}, trashEntry()}, x, y,
-           false);
+  showMenu({{tr("Open"), MenuAction::open, true},
+            {tr("Hide"), MenuAction::hide, true},
+            trashEntry(trash_.available())},
+           x, y, false);
 }
 
 void OverlayModel::openGridMenu(double x, double y) {
@@ -564,6 +589,8 @@ void OverlayModel::chooseMenuEntry(int index) {
       removeFromFolder(appID);
       break;
     case MenuAction::moveToTrash:
+      // An open folder stays: its apps are ticked where they are.
+      enterSelection(target.appID);
       break;
     case MenuAction::rename:
       openFolder(target.folderID);

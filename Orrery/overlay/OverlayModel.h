@@ -42,6 +42,7 @@
 #include "Orrery/overlay/ArrangementListModel.h"
 #include "Orrery/overlay/FolderAppsModel.h"
 #include "Orrery/overlay/SearchResultsModel.h"
+#include "Orrery/trash/TrashFlow.h"
 #include "OrreryCore/arrangement/SortUndo.h"
 #include "OrreryCore/catalog/AppInfo.h"
 #include "OrreryCore/overlay/OverlayState.h"
@@ -85,6 +86,7 @@ class OverlayModel final : public QObject {
   Q_PROPERTY(double menuX READ menuX NOTIFY menuChanged)
   Q_PROPERTY(double menuY READ menuY NOTIFY menuChanged)
   Q_PROPERTY(double searchTop READ searchTop WRITE setSearchTop NOTIFY searchTopChanged)
+  Q_PROPERTY(QObject* trash READ trash CONSTANT)
 
  public:
   using AppMap = std::unordered_map<std::string, AppInfo>;
@@ -144,8 +146,27 @@ class OverlayModel final : public QObject {
   // Bumped when the open folder's title should take the keyboard ("Rename").
   int renameRequest() const { return renameRequest_; }
 
-  // Whether a drag may rearrange the grid: never while searching.
-  bool canRearrange() const { return !isSearching(); }
+  // Whether a drag may rearrange the grid: never while searching or
+  // ticking apps.
+  bool canRearrange() const { return !isSearching() && !trash_.selecting(); }
+
+  // The selection mode for the Trash (TrashFlow holds it): a click ticks
+  // instead of launching, Return launches nothing, Esc leaves the mode.
+  QObject* trash() { return &trash_; }
+  TrashFlow& trashFlow() { return trash_; }
+  const TrashSelection& selection() const { return trash_.selection(); }
+  bool isTrashing() const { return trash_.isTrashing(); }
+  void enterSelection(const std::optional<std::string>& preselect = std::nullopt) {
+    trash_.enterSelection(QString::fromStdString(preselect.value_or(std::string())));
+  }
+  void toggleSelection(const std::string& id) { trash_.toggleSelection(QString::fromStdString(id)); }
+  void exitSelection() { trash_.exitSelection(); }
+  void requestTrash() { trash_.requestTrash(); }
+  void finishTrash(std::int64_t session) { trash_.finishTrash(session); }
+  bool canMoveSelectionToFolder() const { return trash_.canMoveSelectionToFolder(); }
+  // The new folder opens, so its name can be typed at once.
+  Q_INVOKABLE void makeFolderFromSelection();
+  QVariantList foldersByName() const { return trash_.foldersByName(); }
 
   // Arrangement edits, each saved at once.
   Q_INVOKABLE void hide(const QString& appID);
@@ -321,6 +342,7 @@ class OverlayModel final : public QObject {
   double menuX_ = 0;
   double menuY_ = 0;
   double searchTop_ = 0;
+  TrashFlow trash_;
 };
 
 }  // namespace orrery::app

@@ -24,6 +24,8 @@
 #include "Orrery/platform/fontconfig/FontWarmup.h"
 #include "Orrery/platform/gio/DesktopHotCorners.h"
 #include "Orrery/platform/gio/GioAppOpener.h"
+#include "Orrery/platform/gio/GioFileTrash.h"
+#include "Orrery/platform/gio/RunningDesktopApps.h"
 #include "Orrery/platform/gnome/GnomeWallpaperSource.h"
 #include "Orrery/platform/kde/PlasmaWallpaperSource.h"
 #include "Orrery/platform/qt/PictureFiles.h"
@@ -119,6 +121,22 @@ std::shared_ptr<const app::AppOpener> makeAppOpener() {
   return std::make_shared<const WorkspaceOpener>();
 #else
   return std::make_shared<const GioAppOpener>();
+#endif
+}
+
+std::unique_ptr<const app::FileTrash> makeFileTrash() {
+#if defined(__APPLE__)
+  return nullptr;
+#else
+  return std::make_unique<const GioFileTrash>();
+#endif
+}
+
+std::function<AppIDSet(const std::vector<AppInfo>&)> makeRunningAppsProbe() {
+#if defined(__APPLE__)
+  return [](const std::vector<AppInfo>&) { return AppIDSet{}; };
+#else
+  return [](const std::vector<AppInfo>& apps) { return runningDesktopApps(apps); };
 #endif
 }
 

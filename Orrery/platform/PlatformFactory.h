@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "Orrery/appearance/DesktopPictureSource.h"
 #include "Orrery/appearance/IconLocator.h"
@@ -21,6 +22,7 @@
 #include "Orrery/overlay/AppOpener.h"
 #include "Orrery/overlay/WindowSystem.h"
 #include "Orrery/settings/LoginItem.h"
+#include "Orrery/trash/FileTrash.h"
 #include "Orrery/triggers/KeyboardLayout.h"
 #include "Orrery/triggers/TriggerController.h"
 #include "OrreryCore/catalog/AppScanner.h"
@@ -63,6 +65,15 @@ QString iconThemeName(const QString& qtTheme, const app::IconThemeFolders& folde
 // How the launcher starts an app: its desktop entry through GIO on free
 // desktops, its bundle through the workspace on macOS.
 std::shared_ptr<const app::AppOpener> makeAppOpener();
+
+// Moves an app's file to the Trash: its desktop entry through GIO's
+// g_file_trash on free desktops. Nothing where no adapter exists yet
+// (macOS): the overlay then offers no "Move to Trash …".
+std::unique_ptr<const app::FileTrash> makeFileTrash();
+
+// Which of the given apps are running now: on Linux the processes in /proc
+// started from the app's desktop entry or running its executable.
+std::function<AppIDSet(const std::vector<AppInfo>&)> makeRunningAppsProbe();
 
 // The overlay's window system for the Qt platform the application runs on:
 // EWMH on X11 (platform "xcb"); elsewhere what the compositor and Qt do by

@@ -109,6 +109,8 @@ Item {
                 label: name
                 icon: iconSource
                 focused: index === panel.overlay.focusedIndex
+                trash: panel.overlay.trash
+                trashID: appID
                 onActivated: panel.overlay.launch(appID)
                 onMenuRequested: (x, y) => {
                     const at = mapToItem(panel, x, y)

@@ -127,6 +127,8 @@ Item {
                                     readonly property int itemIndex: pageSlot.index * root.perPage + index
                                     focused: itemIndex === root.overlay.focusedIndex
                                                  && root.overlay.openFolderID === ""
+                                    trash: root.overlay.trash
+                                    trashID: isFolder ? "" : appID
                                     onActivated: isFolder ? root.overlay.openFolder(folderID)
                                                           : root.overlay.launch(appID)
                                     onMenuRequested: (x, y) => {
@@ -169,6 +171,8 @@ Item {
                             folderIcons: slotItem.isFolder ? slotItem.folderIconSources : []
                             focused: slotItem.index === root.overlay.focusedIndex
                                          && root.overlay.openFolderID === ""
+                            trash: root.overlay.trash
+                            trashID: slotItem.isFolder ? "" : slotItem.appID
                             onActivated: slotItem.isFolder ? root.overlay.openFolder(slotItem.folderID)
                                                            : root.overlay.launch(slotItem.appID)
                             onMenuRequested: (x, y) => {
@@ -207,6 +211,8 @@ Item {
                 label: name
                 icon: iconSource
                 highlighted: index === 0
+                trash: root.overlay.trash
+                trashID: appID
                 onActivated: root.overlay.launch(appID)
                 onMenuRequested: (x, y) => {
                     const at = mapToItem(root, x, y)
@@ -231,7 +237,8 @@ Item {
         current: root.overlay.page
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
-        anchors.bottomMargin: 32
+        // Above the selection bar while it is there.
+        anchors.bottomMargin: selectionBar.visible ? 70 : 32
         onChosen: (page) => root.overlay.goTo(page)
     }
 
@@ -298,11 +305,23 @@ Item {
                     : root.tileCenter(root.overlay.focusedIndex)
         }
     }
+    SelectionBar {
+        id: selectionBar
+        overlay: root.overlay
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 18
+    }
     Loader {
         readonly property bool needed: root.controller.sortSheetShown
         anchors.fill: parent
         active: needed || root.firstFrameShown
         asynchronous: !needed
         sourceComponent: SortSheet { controller: root.controller }
+    }
+    TrashSheet {
+        anchors.fill: parent
+        trash: root.overlay.trash
+        sheetTop: root.controller.sheetTop
     }
 }

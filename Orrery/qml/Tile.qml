@@ -13,6 +13,13 @@ Item {
     property bool highlighted: false
     // The keyboard is on this tile.
     property bool focused: false
+    // The selection mode for the Trash (the model's TrashFlow) and the app
+    // this tile stands for; a folder has none and shows no tick box.
+    property QtObject trash: null
+    property string trashID: ""
+    readonly property bool selecting: trash !== null && trash.selecting && trashID !== ""
+    readonly property bool selected: selecting && trash.revision >= 0 && trash.isSelected(trashID)
+    readonly property string protectedReason: selecting && trash.revision >= 0 ? trash.protectedReason(trashID) : ""
 
     signal activated()
     // A right click, at that point of the tile.
@@ -54,6 +61,7 @@ Item {
 
         Image {
             anchors.fill: parent
+            opacity: tile.protectedReason !== "" ? 0.45 : 1
             visible: tile.folderIcons.length === 0
             source: tile.active ? tile.icon : ""
             sourceSize: Qt.size(tile.iconSize, tile.iconSize)
@@ -95,6 +103,27 @@ Item {
         }
     }
 
+    // The tick box of the selection mode: filled when ticked; a bar across
+    // it for apps that may not be moved, which say why under their name.
+    Rectangle {
+        visible: tile.selecting
+        width: 26
+        height: 26
+        radius: 13
+        x: iconBox.x - 4
+        y: iconBox.y - 4
+        color: tile.selected ? "#3d7bd9" : tile.protectedReason !== "" ? "#a0505050" : "#80000000"
+        border.width: 2
+        border.color: "white"
+        Text {
+            anchors.centerIn: parent
+            text: tile.selected ? "\u2713" : tile.protectedReason !== "" ? "\u2013" : ""
+            color: "white"
+            font.pixelSize: 16
+            font.bold: true
+        }
+    }
+
     Text {
         x: (tile.width - width) / 2
         y: iconBox.y + tile.iconSize + tile.labelSpacing
@@ -105,6 +134,20 @@ Item {
         font.pixelSize: 14
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
+        elide: Text.ElideRight
+        style: Text.Raised
+        styleColor: tile.palette.shadow
+    }
+    Text {
+        visible: tile.protectedReason !== ""
+        x: (tile.width - width) / 2
+        y: iconBox.y + tile.iconSize + tile.labelSpacing + tile.labelHeight
+        width: tile.hitWidth
+        text: tile.protectedReason
+        color: tile.palette.windowText
+        opacity: 0.75
+        font.pixelSize: 11
+        horizontalAlignment: Text.AlignHCenter
         elide: Text.ElideRight
         style: Text.Raised
         styleColor: tile.palette.shadow

@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QIcon>
 #include <QLayout>
+#include <QMessageBox>
 #include <QQuickView>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -14,6 +15,7 @@
 #include "Orrery/base/Logging.h"
 #include "Orrery/platform/PlatformFactory.h"
 #include "Orrery/shell/StartupSync.h"
+#include "Orrery/trash/WorkspaceTrash.h"
 #include "Orrery/triggers/ShortcutField.h"
 #include "Orrery/triggers/TriggerChecks.h"
 #include "Orrery/triggers/TriggerNotes.h"
@@ -133,6 +135,26 @@ void AppDelegate::launch() {
   connect(launcher_.get(), &AppLauncher::launchFailed, overlayModel_.get(),
           [this](const QString&, const QString& message) { overlayModel_->setMessage(message); });
   connect(arrangement_.get(), &ArrangementController::layoutChanged, overlayModel_.get(), syncOverlay);
+
+  // Moving apps to the Trash: what left is gone from the catalog at once.
+  if (std::unique_ptr<const FileTrash> files = platform::makeFileTrash())
+    trashService_ = std::make_unique<WorkspaceTrash>(std::move(files));
+  TrashFlow& trash = overlayModel_->trashFlow();
+  trash.setService(trashService_.get());
+  trash.setRunningProbe(platform::makeRunningAppsProbe());
+  trash.setOverlayShown([this] { return overlay_ && overlay_->isVisible(); });
+  trash.setOnRemoved([this](const AppIDSet& ids) { catalog_->removeIntentionally(ids); });
+  trash.setStandaloneAlert([](const QString& title, const QString& message) {
+    // The overlay went while the move ran: a window of its own, above the
+    // others, that goes away by itself once read.
+    auto* box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Orrery"), title, QMessageBox::Ok);
+    box->setInformativeText(message);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowFlag(Qt::WindowStaysOnTopHint);
+    box->show();
+    box->raise();
+    box->activateWindow();
+  });
   connect(catalog_.get(), &AppCatalog::changed, overlayModel_.get(), syncOverlay);
   connect(catalog_.get(), &AppCatalog::changed, icons_.get(), preloadIcons);
   connect(catalog_.get(), &AppCatalog::scanApplied, this, &AppDelegate::runWaitingShow);

@@ -147,6 +147,7 @@ class AppDelegate final : public QObject {
   std::unique_ptr<IconCache> icons_;
   int iconPixels_ = 0;  // the size the tiles' icon sources ask for
   std::unique_ptr<AppLauncher> launcher_;
+  std::unique_ptr<TrashService> trashService_;  // before overlayModel_, whose flow uses it
   std::unique_ptr<OverlayModel> overlayModel_;
   std::unique_ptr<WindowSystem> windows_;  // before overlay_, which uses it
   std::unique_ptr<OverlayController> overlay_;

@@ -36,6 +36,11 @@ class FakeScanner final : public Scanner {
     return apps_;
   }
 
+  // What the next scan finds.
+  std::vector<AppInfo> apps() const {
+    std::lock_guard lock(mutex_);
+    return apps_;
+  }
   void setApps(std::vector<AppInfo> apps) {
     std::lock_guard lock(mutex_);
     apps_ = std::move(apps);

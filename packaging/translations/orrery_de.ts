@@ -359,6 +359,29 @@
     </message>
 </context>
 <context>
+    <name>orrery::app::TrashFlow</name>
+    <message>
+        <source>Moving to Trash …</source>
+        <translation>Wird in den Papierkorb verschoben …</translation>
+    </message>
+    <message>
+        <source>Move to Trash …</source>
+        <translation>In den Papierkorb verschieben …</translation>
+    </message>
+    <message>
+        <source>This is the launcher itself</source>
+        <translation>Das ist der Starter selbst</translation>
+    </message>
+    <message>
+        <source>Installed by the system</source>
+        <translation>Vom System installiert</translation>
+    </message>
+    <message>
+        <source>Its folder is read-only</source>
+        <translation>Sein Ordner ist schreibgeschützt</translation>
+    </message>
+</context>
+<context>
     <name>orrery::app::TrayItem</name>
     <message>
         <source>Show Orrery</source>
