@@ -45,6 +45,76 @@
     </message>
 </context>
 <context>
+    <name>Overlay</name>
+    <message>
+        <source>No apps found</source>
+        <translation>Keine Programme gefunden</translation>
+    </message>
+</context>
+<context>
+    <name>SearchField</name>
+    <message>
+        <source>Search</source>
+        <translation>Suchen</translation>
+    </message>
+</context>
+<context>
+    <name>SelectionBar</name>
+    <message>
+        <source>1 app selected</source>
+        <translation>1 Programm ausgewählt</translation>
+    </message>
+    <message>
+        <source>%1 apps selected</source>
+        <translation>%1 Programme ausgewählt</translation>
+    </message>
+    <message>
+        <source>Make Folder</source>
+        <translation>Ordner erstellen</translation>
+    </message>
+    <message>
+        <source>Done</source>
+        <translation>Fertig</translation>
+    </message>
+</context>
+<context>
+    <name>SortSheet</name>
+    <message>
+        <source>Sort</source>
+        <translation>Sortieren</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
+    <name>SortUndoBar</name>
+    <message>
+        <source>Sorted by name.</source>
+        <translation>Nach Namen sortiert.</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
+    </message>
+</context>
+<context>
+    <name>TrashSheet</name>
+    <message>
+        <source>Move to Trash</source>
+        <translation>In den Papierkorb verschieben</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+</context>
+<context>
     <name>orrery::app::OverlayController</name>
     <message>
         <source>Sort all apps and folders by name?</source>
@@ -658,6 +728,26 @@
         <source>Page Down</source>
         <comment>Name of a key in a shortcut</comment>
         <translation>Bild ab</translation>
+    </message>
+    <message>
+        <source>Your desktop already uses this corner (GNOME: Settings → Multitasking → Hot Corner; KDE: System Settings → Screen Edges). Please turn it off there or choose another corner.</source>
+        <comment>Warning in the trigger settings when the chosen hot corner already has an action of the desktop</comment>
+        <translation>Ihre Arbeitsumgebung verwendet diese Ecke bereits (GNOME: Einstellungen → Multitasking → Aktive Ecke; KDE: Systemeinstellungen → Bildschirmränder). Bitte schalten Sie sie dort aus oder wählen Sie eine andere Ecke.</translation>
+    </message>
+    <message>
+        <source>You may not change the folder it is in.</source>
+        <comment>Reason why an app could not be moved to the Trash: no write permission</comment>
+        <translation>Sie dürfen den Ordner, in dem es liegt, nicht ändern.</translation>
+    </message>
+    <message>
+        <source>Its file system has no Trash.</source>
+        <comment>Reason why an app could not be moved to the Trash: the disk has no Trash</comment>
+        <translation>Sein Dateisystem hat keinen Papierkorb.</translation>
+    </message>
+    <message>
+        <source>It is no longer there.</source>
+        <comment>Reason why an app could not be moved to the Trash: the file is gone</comment>
+        <translation>Es ist nicht mehr vorhanden.</translation>
     </message>
 </context>
 <context>
