@@ -320,6 +320,31 @@ TEST_F(TrashFlowTest, MakeFolderGathersTheTickedAppsAndOpensTheFolder) {
   EXPECT_TRUE(flow().selecting());
 }
 
+TEST_F(TrashFlowTest, TickedAppsMoveIntoAnExistingFolder) {
+  model->enterSelection("editor.desktop");
+  tick({"paint.desktop"});
+  model->makeFolderFromSelection();
+  const QString folderID = model->foldersByName().front().toMap().value("id").toString();
+  model->closeFolder();
+
+  model->enterSelection("notes.desktop");
+  flow().moveSelectionToFolder(folderID);
+  EXPECT_FALSE(flow().selecting());
+  const Folder* folder = nullptr;
+  for (const LayoutItem& item : arrangement->layout().items)
+    if (item.asFolder()) folder = item.asFolder();
+  ASSERT_NE(folder, nullptr);
+  EXPECT_EQ(folder->appIDs, (std::vector<std::string>{"editor.desktop", "paint.desktop", "notes.desktop"}));
+  EXPECT_FALSE(inGrid("notes.desktop"));
+
+  // A folder that is gone by then changes nothing.
+  model->enterSelection("orrery.desktop");
+  tick({"notes.desktop"});
+  const Layout before = arrangement->layout();
+  flow().moveSelectionToFolder(QStringLiteral("0f6a0b8e-3f7c-4c57-9d1e-000000000000"));
+  EXPECT_EQ(arrangement->layout(), before);
+}
+
 TEST_F(TrashFlowTest, TheSheetsHangSixtyPointsBelowTheSearchField) {
   // The view tells the model where the search field is while it is built;
   // the sheets' place must follow that first answer too.

@@ -76,6 +76,10 @@
         <source>Done</source>
         <translation>Fertig</translation>
     </message>
+    <message>
+        <source>Move to Folder</source>
+        <translation>In Ordner verschieben</translation>
+    </message>
 </context>
 <context>
     <name>SortSheet</name>
