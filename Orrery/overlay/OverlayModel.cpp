@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Orrery/base/QtClock.h"
+
 namespace orrery::app {
 
 namespace {
@@ -14,9 +16,27 @@ bool isBlank(const std::string& text) {
 }  // namespace
 
 OverlayModel::OverlayModel(ArrangementController& arrangement, QObject* parent)
-    : QObject(parent), state_(Layout::empty(), {}, 1, 1), arrangement_(arrangement), items_(arrangement) {
-  connect(&arrangement_, &ArrangementController::layoutChanged, this, &OverlayModel::arrangementChanged);
+    : OverlayModel(arrangement, *new QtClock, parent) {
+  ownClock_.reset(&drag_->clock());
 }
+
+OverlayModel::OverlayModel(ArrangementController& arrangement, Clock& clock, QObject* parent)
+    : QObject(parent),
+      state_(Layout::empty(), {}, 1, 1),
+      arrangement_(arrangement),
+      items_(arrangement),
+      drag_(std::make_unique<DragController>(*this, clock)) {
+  connect(&arrangement_, &ArrangementController::layoutChanged, this, &OverlayModel::arrangementChanged);
+  // A folder made by a drop opens with its name ready to be typed over.
+  connect(drag_.get(), &DragController::folderMade, this, [this](const QString& folderID) {
+    openFolder(folderID);
+    ++renameRequest_;
+    emit renameRequestChanged();
+  });
+}
+
+// The drag controller goes first: it refers to the clock and to this model.
+OverlayModel::~OverlayModel() { drag_.reset(); }
 
 QObject* OverlayModel::pageItems(int page) {
   page = std::max(page, 0);
@@ -104,6 +124,7 @@ void OverlayModel::setQuery(const QString& query) {
   // What the user types is about apps, wherever they are: a folder or a
   // menu in the way closes, and the keyboard is the search field's.
   if (isSearching()) {
+    drag_->cancel();
     closeMenu();
     closeFolder();
     setFocusedIndex(-1);
@@ -210,6 +231,11 @@ void OverlayModel::setScrollOffset(double offset, bool animated) {
 }
 
 bool OverlayModel::handleEscape() {
+  // A lifted item goes back; the release that follows is no click.
+  if (drag_->isLifted()) {
+    drag_->cancel();
+    return true;
+  }
   if (menuOpen()) {
     closeMenu();
     return true;
