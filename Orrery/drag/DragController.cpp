@@ -186,6 +186,11 @@ void DragController::lift() {
     const Point gridAt = gridOrigin();
     grabOffset_ = {press_->start.x - (gridAt.x + cell.midX()), press_->start.y - (gridAt.y + cell.midY())};
     lifted_ = drag->dragged;
+    const ArrangementListModel& items = model_.itemsModel();
+    const QModelIndex row = items.index(static_cast<int>(baseIndex() + origin.slot));
+    liftedTile_ = {{QStringLiteral("name"), items.data(row, ArrangementListModel::NameRole)},
+                   {QStringLiteral("icon"), items.data(row, ArrangementListModel::IconSourceRole)},
+                   {QStringLiteral("folderIcons"), items.data(row, ArrangementListModel::FolderIconSourcesRole)}};
     edge_ = EdgeFlipTimer{};
     setPointer(lastLocation_);
     emit liftedChanged();
@@ -203,6 +208,11 @@ void DragController::lift() {
     grabOffset_ = {press_->start.x - (folderGridFrame_.minX() + cell.midX()),
                    press_->start.y - (folderGridFrame_.minY() + cell.midY())};
     lifted_ = LayoutItem::app(folder.appIDs[static_cast<std::size_t>(origin.appIndex)]);
+    const FolderAppsModel& apps = model_.folderAppsModel();
+    const QModelIndex row = apps.index(static_cast<int>(origin.appIndex));
+    liftedTile_ = {{QStringLiteral("name"), apps.data(row, FolderAppsModel::NameRole)},
+                   {QStringLiteral("icon"), apps.data(row, FolderAppsModel::IconSourceRole)},
+                   {QStringLiteral("folderIcons"), QStringList()}};
     edge_ = EdgeFlipTimer{};
     setPointer(lastLocation_);
     emit liftedChanged();

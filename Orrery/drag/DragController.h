@@ -30,6 +30,7 @@
 #include <QPointF>
 #include <QRectF>
 #include <QString>
+#include <QVariantMap>
 
 #include <cstdint>
 #include <functional>
@@ -65,6 +66,7 @@ class DragController final : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool lifted READ isLifted NOTIFY liftedChanged)
   Q_PROPERTY(QString liftedKey READ liftedKey NOTIFY liftedChanged)
+  Q_PROPERTY(QVariantMap liftedTile READ liftedTile NOTIFY liftedChanged)
   Q_PROPERTY(double pointerX READ pointerX NOTIFY pointerChanged)
   Q_PROPERTY(double pointerY READ pointerY NOTIFY pointerChanged)
   Q_PROPERTY(double grabOffsetX READ grabOffsetX NOTIFY liftedChanged)
@@ -140,6 +142,9 @@ class DragController final : public QObject {
   bool isLifted() const { return lifted_.has_value(); }
   const std::optional<LayoutItem>& lifted() const { return lifted_; }
   QString liftedKey() const;
+  // What the lifted tile shows: "name", "icon" and "folderIcons", as the
+  // list models give them.
+  QVariantMap liftedTile() const { return liftedTile_; }
   Point pointer() const { return pointer_; }
   double pointerX() const { return pointer_.x; }
   double pointerY() const { return pointer_.y; }
@@ -212,6 +217,7 @@ class DragController final : public QObject {
 
   Point pointer_;
   std::optional<LayoutItem> lifted_;
+  QVariantMap liftedTile_;
   std::optional<GridDrag> grid_;
   std::optional<FolderReorder> folder_;
   bool folderHidden_ = false;
