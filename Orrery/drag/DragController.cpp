@@ -188,9 +188,10 @@ void DragController::lift() {
     lifted_ = drag->dragged;
     const ArrangementListModel& items = model_.itemsModel();
     const QModelIndex row = items.index(static_cast<int>(baseIndex() + origin.slot));
-    liftedTile_ = {{QStringLiteral("name"), items.data(row, ArrangementListModel::NameRole)},
-                   {QStringLiteral("icon"), items.data(row, ArrangementListModel::IconSourceRole)},
-                   {QStringLiteral("folderIcons"), items.data(row, ArrangementListModel::FolderIconSourcesRole)}};
+    liftedTile_ = {
+        {QStringLiteral("name"), items.data(row, ArrangementListModel::NameRole)},
+        {QStringLiteral("icon"), items.data(row, ArrangementListModel::IconSourceRole)},
+        {QStringLiteral("folderIcons"), items.data(row, ArrangementListModel::FolderIconSourcesRole)}};
     edge_ = EdgeFlipTimer{};
     setPointer(lastLocation_);
     emit liftedChanged();
