@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Orrery/base/QtClock.h"
+
 namespace orrery::app {
 
 namespace {
@@ -14,17 +16,32 @@ bool isBlank(const std::string& text) {
 }  // namespace
 
 OverlayModel::OverlayModel(ArrangementController& arrangement, QObject* parent)
+    : OverlayModel(arrangement, *new QtClock, parent) {
+  ownClock_.reset(&drag_->clock());
+}
+
+OverlayModel::OverlayModel(ArrangementController& arrangement, Clock& clock, QObject* parent)
     : QObject(parent),
       state_(Layout::empty(), {}, 1, 1),
       arrangement_(arrangement),
       items_(arrangement),
-      trash_(arrangement) {
+      trash_(arrangement),
+      drag_(std::make_unique<DragController>(*this, clock)) {
   connect(&arrangement_, &ArrangementController::layoutChanged, this, &OverlayModel::arrangementChanged);
   connect(&trash_, &TrashFlow::selectionChanged, this, [this, selecting = false]() mutable {
     if (std::exchange(selecting, trash_.selecting()) != trash_.selecting()) emit canRearrangeChanged();
   });
   connect(&trash_, &TrashFlow::folderMade, this, &OverlayModel::openFolder);
+  // A folder made by a drop opens with its name ready to be typed over.
+  connect(drag_.get(), &DragController::folderMade, this, [this](const QString& folderID) {
+    openFolder(folderID);
+    ++renameRequest_;
+    emit renameRequestChanged();
+  });
 }
+
+// The drag controller goes first: it refers to the clock and to this model.
+OverlayModel::~OverlayModel() { drag_.reset(); }
 
 QObject* OverlayModel::pageItems(int page) {
   page = std::max(page, 0);
@@ -113,6 +130,7 @@ void OverlayModel::setQuery(const QString& query) {
   // What the user types is about apps, wherever they are: a folder or a
   // menu in the way closes, and the keyboard is the search field's.
   if (isSearching()) {
+    drag_->cancel();
     closeMenu();
     closeFolder();
     setFocusedIndex(-1);
@@ -219,6 +237,11 @@ void OverlayModel::setScrollOffset(double offset, bool animated) {
 }
 
 bool OverlayModel::handleEscape() {
+  // A lifted item goes back; the release that follows is no click.
+  if (drag_->isLifted()) {
+    drag_->cancel();
+    return true;
+  }
   if (menuOpen()) {
     closeMenu();
     return true;

@@ -38,7 +38,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "Orrery/base/Clock.h"
 #include "Orrery/catalog/ArrangementController.h"
+#include "Orrery/drag/DragController.h"
 #include "Orrery/overlay/ArrangementListModel.h"
 #include "Orrery/overlay/FolderAppsModel.h"
 #include "Orrery/overlay/SearchResultsModel.h"
@@ -87,6 +89,7 @@ class OverlayModel final : public QObject {
   Q_PROPERTY(double menuY READ menuY NOTIFY menuChanged)
   Q_PROPERTY(double searchTop READ searchTop WRITE setSearchTop NOTIFY searchTopChanged)
   Q_PROPERTY(QObject* trash READ trash CONSTANT)
+  Q_PROPERTY(QObject* drag READ dragObject CONSTANT)
 
  public:
   using AppMap = std::unordered_map<std::string, AppInfo>;
@@ -101,7 +104,11 @@ class OverlayModel final : public QObject {
   };
 
   // The items follow `arrangement` row by row; it must outlive the model.
+  // The drag controller's long press and ticker run on `clock`, which must
+  // outlive the model too; without one they run on Qt's timers.
   explicit OverlayModel(ArrangementController& arrangement, QObject* parent = nullptr);
+  OverlayModel(ArrangementController& arrangement, Clock& clock, QObject* parent = nullptr);
+  ~OverlayModel() override;
 
   // Mirrors the arrangement, the apps and the settings.
   void sync(const Layout& layout, const AppMap& apps, const Settings& settings);
@@ -259,6 +266,13 @@ class OverlayModel final : public QObject {
   SearchResultsModel& searchResultsModel() { return searchResults_; }
   const OverlayState& state() const { return state_; }
 
+  // The pointer gestures over the grid and the open folder.
+  DragController& drag() { return *drag_; }
+  QObject* dragObject() { return drag_.get(); }
+  // The arrangement the model follows; drops change it through mutate().
+  ArrangementController& arrangement() { return arrangement_; }
+  const ArrangementController& arrangement() const { return arrangement_; }
+
  signals:
   void queryChanged();
   void isSearchingChanged();
@@ -343,6 +357,8 @@ class OverlayModel final : public QObject {
   double menuY_ = 0;
   double searchTop_ = 0;
   TrashFlow trash_;
+  std::unique_ptr<Clock> ownClock_;
+  std::unique_ptr<DragController> drag_;
 };
 
 }  // namespace orrery::app

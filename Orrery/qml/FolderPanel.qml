@@ -9,6 +9,9 @@ Item {
     id: panel
 
     required property QtObject overlay
+    // The drag controller: a reorder inside, and an app dragged out of the
+    // panel, which then hides while the app goes on over the grid.
+    property QtObject drag: null
     property real cellWidth: 150
     property real cellHeight: 150
     // How many rows of tiles fit before the panel scrolls.
@@ -24,7 +27,29 @@ Item {
                         box.y + apps.y + (Math.floor(index / columns) + 0.5) * cellHeight - apps.contentY)
     }
 
-    visible: panel.overlay.openFolderID !== ""
+    visible: panel.overlay.openFolderID !== "" && !(panel.drag && panel.drag.folderHidden)
+
+    // Where an app stands while another is dragged inside the folder.
+    function shownSlot(index) {
+        if (!panel.drag || !panel.drag.folderDragging)
+            return index
+        const from = panel.drag.folderFrom
+        const remaining = index < from ? index : index - 1
+        return remaining < panel.drag.folderGap ? remaining : remaining + 1
+    }
+    Binding {
+        target: panel.drag
+        when: panel.drag !== null
+        property: "folderPanelFrame"
+        value: Qt.rect(box.x, box.y, box.width, box.height)
+    }
+    Binding {
+        target: panel.drag
+        when: panel.drag !== null
+        property: "folderGridFrame"
+        value: Qt.rect(box.x + apps.x, box.y + apps.y - apps.contentY, apps.width,
+                       Math.max(1, Math.ceil(apps.count / panel.columns)) * panel.cellHeight)
+    }
 
     Rectangle {
         anchors.fill: parent
@@ -108,6 +133,21 @@ Item {
                 iconSize: panel.overlay.iconSize
                 label: name
                 icon: iconSource
+                clicksFromDrag: true
+                readonly property int slot: panel.shownSlot(index)
+                opacity: panel.drag && panel.drag.folderDragging && index === panel.drag.folderFrom ? 0 : 1
+                transform: Translate {
+                    x: (slot % panel.columns - index % panel.columns) * panel.cellWidth
+                    y: (Math.floor(slot / panel.columns) - Math.floor(index / panel.columns)) * panel.cellHeight
+                    Behavior on x {
+                        enabled: panel.overlay.animations && panel.drag && panel.drag.lifted
+                        NumberAnimation { duration: 200; easing.type: Easing.OutCubic }
+                    }
+                    Behavior on y {
+                        enabled: panel.overlay.animations && panel.drag && panel.drag.lifted
+                        NumberAnimation { duration: 200; easing.type: Easing.OutCubic }
+                    }
+                }
                 focused: index === panel.overlay.focusedIndex
                 trash: panel.overlay.trash
                 trashID: appID

@@ -25,6 +25,31 @@ Item {
     readonly property real cellHeight: grid.height / Math.max(overlay.rows, 1)
     readonly property int perPage: Math.max(overlay.columns, 1) * Math.max(overlay.rows, 1)
 
+    // The drag controller (owned by the model) and where a grid item stands
+    // while something is dragged: the others make room at the gap.
+    readonly property QtObject drag: overlay.drag
+    readonly property real pageStride: grid.width + sideMargin * 2
+    function shownSlot(itemIndex) {
+        if (!drag.gridDragging)
+            return itemIndex
+        const from = drag.draggedIndex
+        const remaining = from < 0 || itemIndex < from ? itemIndex : itemIndex - 1
+        return remaining < drag.gap ? remaining : remaining + 1
+    }
+    // A slot's place in the strip of pages (paged) or in the column (scrolling).
+    function slotX(slot) {
+        const columns = Math.max(overlay.columns, 1)
+        if (overlay.scrollMode)
+            return slot % columns * cellWidth
+        return Math.floor(slot / perPage) * pageStride + slot % perPage % columns * cellWidth
+    }
+    function slotY(slot) {
+        const columns = Math.max(overlay.columns, 1)
+        return Math.floor((overlay.scrollMode ? slot : slot % perPage) / columns) * cellHeight
+    }
+    Binding { target: root.drag; property: "gridFrame"; value: Qt.rect(grid.x, grid.y, grid.width, grid.height) }
+    Binding { target: root.drag; property: "overlayWidth"; value: root.width }
+
     opacity: controller.revealed ? 1 : 0
     Behavior on opacity {
         enabled: root.overlay.animations
@@ -115,16 +140,30 @@ Item {
                                     required property bool isFolder
                                     required property var folderIconSources
 
-                                    x: index % Math.max(root.overlay.columns, 1) * root.cellWidth
-                                    y: Math.floor(index / Math.max(root.overlay.columns, 1)) * root.cellHeight
+                                    // The tile's place in the whole arrangement, and
+                                    // where it stands while something is dragged.
+                                    readonly property int itemIndex: pageSlot.index * root.perPage + index
+                                    readonly property int slot: root.shownSlot(itemIndex)
+                                    x: root.slotX(slot) - pageSlot.index * root.pageStride
+                                    y: root.slotY(slot)
+                                    Behavior on x {
+                                        enabled: root.overlay.animations && root.drag.lifted
+                                        NumberAnimation { duration: 200; easing.type: Easing.OutCubic }
+                                    }
+                                    Behavior on y {
+                                        enabled: root.overlay.animations && root.drag.lifted
+                                        NumberAnimation { duration: 200; easing.type: Easing.OutCubic }
+                                    }
+                                    // The lifted tile keeps the pointer's grab.
+                                    opacity: root.drag.gridDragging && itemIndex === root.drag.draggedIndex ? 0 : 1
                                     width: root.cellWidth
                                     height: root.cellHeight
                                     iconSize: root.overlay.iconSize
                                     label: name
                                     icon: iconSource
                                     folderIcons: isFolder ? folderIconSources : []
-                                    // The tile's place in the whole arrangement.
-                                    readonly property int itemIndex: pageSlot.index * root.perPage + index
+                                    clicksFromDrag: true
+                                    dropTarget: root.drag.gridDragging && slot === root.drag.mergeSlot
                                     focused: itemIndex === root.overlay.focusedIndex
                                                  && root.overlay.openFolderID === ""
                                     trash: root.overlay.trash
@@ -156,8 +195,18 @@ Item {
                     required property bool isFolder
                     required property var folderIconSources
 
-                    x: index % Math.max(root.overlay.columns, 1) * root.cellWidth
-                    y: Math.floor(index / Math.max(root.overlay.columns, 1)) * root.cellHeight
+                    readonly property int slot: root.shownSlot(index)
+                    x: root.slotX(slot)
+                    y: root.slotY(slot)
+                    Behavior on x {
+                        enabled: root.overlay.animations && root.drag.lifted
+                        NumberAnimation { duration: 200; easing.type: Easing.OutCubic }
+                    }
+                    Behavior on y {
+                        enabled: root.overlay.animations && root.drag.lifted
+                        NumberAnimation { duration: 200; easing.type: Easing.OutCubic }
+                    }
+                    opacity: root.drag.gridDragging && index === root.drag.draggedIndex ? 0 : 1
                     width: root.cellWidth
                     height: root.cellHeight
 
@@ -169,6 +218,8 @@ Item {
                             label: slotItem.name
                             icon: slotItem.iconSource
                             folderIcons: slotItem.isFolder ? slotItem.folderIconSources : []
+                            clicksFromDrag: true
+                            dropTarget: root.drag.gridDragging && slotItem.slot === root.drag.mergeSlot
                             focused: slotItem.index === root.overlay.focusedIndex
                                          && root.overlay.openFolderID === ""
                             trash: root.overlay.trash
@@ -235,6 +286,8 @@ Item {
         visible: !root.overlay.scrollMode && !root.overlay.isSearching && root.overlay.pageCount > 1
         count: root.overlay.pageCount
         current: root.overlay.page
+        // While an item is held the page it is carried to stands out.
+        dragging: root.drag.lifted
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
         // Above the selection bar while it is there.
@@ -285,12 +338,61 @@ Item {
         asynchronous: !needed
         sourceComponent: FolderPanel {
             overlay: root.overlay
+            drag: root.drag
             cellWidth: root.cellWidth
             // Tall enough for a whole label: the panel clips its rows.
             cellHeight: Math.max(root.cellHeight, root.overlay.iconSize + 13 + 18 + 12)
             maxRows: Math.max(1, Math.min(root.overlay.rows, Math.floor((root.height - 200) / root.cellHeight)))
         }
     }
+    // The lifted item, under the pointer where it was grabbed.
+    Tile {
+        id: lifted
+        visible: root.drag.lifted
+        width: root.cellWidth
+        height: root.cellHeight
+        x: root.drag.pointerX - root.drag.grabOffsetX - width / 2
+        y: root.drag.pointerY - root.drag.grabOffsetY - height / 2
+        scale: 1.08
+        opacity: 0.92
+        iconSize: root.overlay.iconSize
+        label: root.drag.liftedTile.name ?? ""
+        icon: root.drag.liftedTile.icon ?? ""
+        folderIcons: root.drag.liftedTile.folderIcons ?? []
+        enabled: false
+    }
+
+    // Every press over the grid and the open folder, mouse or touch, goes to
+    // the drag controller, which tells clicks from drags. The handler only
+    // watches (a passive grab): the tiles below still show their press, and
+    // the gesture goes on when the pressed tile is unloaded by a page flip.
+    Item {
+        anchors.fill: parent
+        enabled: !root.overlay.menuOpen && !root.controller.sortSheetShown
+        PointHandler {
+            id: pointer
+            acceptedButtons: Qt.LeftButton
+            property point start
+            property point last
+            onActiveChanged: {
+                if (active) {
+                    start = point.pressPosition
+                    last = point.position
+                    root.drag.pointerMoved(last.x, last.y, start.x, start.y)
+                } else {
+                    root.drag.pointerReleased(last.x, last.y, start.x, start.y)
+                }
+            }
+            onPointChanged: {
+                if (!active)
+                    return
+                last = point.position
+                root.drag.pointerMoved(last.x, last.y, start.x, start.y)
+            }
+            onCanceled: root.drag.pointerCancelled()
+        }
+    }
+
     Loader {
         readonly property bool needed: root.overlay.menuOpen
         anchors.fill: parent

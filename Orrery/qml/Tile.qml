@@ -20,6 +20,13 @@ Item {
     readonly property bool selecting: trash !== null && trash.selecting && trashID !== ""
     readonly property bool selected: selecting && trash.revision >= 0 && trash.isSelected(trashID)
     readonly property string protectedReason: selecting && trash.revision >= 0 ? trash.protectedReason(trashID) : ""
+    // Left clicks are told by the drag controller, which tells a click from
+    // a drag; the tile then only shows the press.
+    property bool clicksFromDrag: false
+    // A dragged app would be dropped onto this tile: an app shows the folder
+    // it would become, a folder that it would take the app.
+    property bool dropTarget: false
+    property bool isFolderTile: folderIcons.length > 0
 
     signal activated()
     // A right click, at that point of the tile.
@@ -50,13 +57,28 @@ Item {
         border.color: "#d0ffffff"
     }
 
+    // The folder an app would become when the dragged one is dropped on it.
+    Rectangle {
+        x: iconBox.x - tile.iconSize * 0.08
+        y: iconBox.y - tile.iconSize * 0.08
+        width: tile.iconSize * 1.16
+        height: width
+        radius: width * 0.22
+        color: "#50ffffff"
+        border.color: "#70ffffff"
+        border.width: 2
+        visible: opacity > 0
+        opacity: tile.dropTarget && !tile.isFolderTile ? 1 : 0
+        Behavior on opacity { NumberAnimation { duration: 120 } }
+    }
+
     Item {
         id: iconBox
         width: tile.iconSize
         height: tile.iconSize
         x: (tile.width - width) / 2
         y: (tile.height - tile.hitHeight) / 2
-        scale: mouse.pressed ? 0.92 : 1
+        scale: tile.dropTarget ? (tile.isFolderTile ? 1.15 : 0.8) : (mouse.pressed ? 0.92 : 1)
         Behavior on scale { NumberAnimation { duration: 80 } }
 
         Image {
@@ -77,8 +99,9 @@ Item {
             active: tile.folderIcons.length > 0
             sourceComponent: Rectangle {
                 radius: width * 0.22
-                color: "#40ffffff"
-                border.color: "#30ffffff"
+                color: tile.dropTarget ? "#70ffffff" : "#40ffffff"
+                border.color: tile.dropTarget ? "#c0ffffff" : "#30ffffff"
+                border.width: tile.dropTarget ? 2 : 1
 
                 Grid {
                     id: preview
@@ -161,7 +184,11 @@ Item {
         height: hover.height
         hoverEnabled: true
         acceptedButtons: Qt.LeftButton | Qt.RightButton
-        onClicked: (click) => click.button === Qt.RightButton
-                   ? tile.menuRequested(mouse.x + click.x, mouse.y + click.y) : tile.activated()
+        onClicked: (click) => {
+            if (click.button === Qt.RightButton)
+                tile.menuRequested(mouse.x + click.x, mouse.y + click.y)
+            else if (!tile.clicksFromDrag)
+                tile.activated()
+        }
     }
 }

@@ -82,7 +82,7 @@ void AppDelegate::launch() {
   const IconThemeFolders iconFolders = platform::iconThemeFolders();
   icons_ = std::make_unique<IconCache>(platform::makeIconLocator(),
                                        platform::iconThemeName(QIcon::themeName(), iconFolders), iconFolders);
-  overlayModel_ = std::make_unique<OverlayModel>(*arrangement_);
+  overlayModel_ = std::make_unique<OverlayModel>(*arrangement_, clock_);
   const auto syncOverlay = [this] {
     overlayModel_->sync(arrangement_->layout(), catalog_->apps(), settings_->settings());
   };
