@@ -34,8 +34,12 @@ Item {
 
     readonly property real labelSpacing: 13
     readonly property real labelHeight: 18
-    readonly property real hitWidth: Math.min(iconSize + 84, width)
-    readonly property real hitHeight: Math.min(iconSize + labelSpacing + labelHeight, height)
+    // The icon as drawn: smaller than asked when the cell is too low for it
+    // and its name (a small screen with many rows), so that a name never
+    // runs into the row below. The image keeps its asked-for pixel size.
+    readonly property real shownIconSize: Math.max(16, Math.min(iconSize, height - labelSpacing - labelHeight - 10))
+    readonly property real hitWidth: Math.min(shownIconSize + 84, width)
+    readonly property real hitHeight: Math.min(shownIconSize + labelSpacing + labelHeight, height)
 
     Rectangle {
         id: hover
@@ -59,9 +63,9 @@ Item {
 
     // The folder an app would become when the dragged one is dropped on it.
     Rectangle {
-        x: iconBox.x - tile.iconSize * 0.08
-        y: iconBox.y - tile.iconSize * 0.08
-        width: tile.iconSize * 1.16
+        x: iconBox.x - tile.shownIconSize * 0.08
+        y: iconBox.y - tile.shownIconSize * 0.08
+        width: tile.shownIconSize * 1.16
         height: width
         radius: width * 0.22
         color: "#50ffffff"
@@ -74,8 +78,8 @@ Item {
 
     Item {
         id: iconBox
-        width: tile.iconSize
-        height: tile.iconSize
+        width: tile.shownIconSize
+        height: tile.shownIconSize
         x: (tile.width - width) / 2
         y: (tile.height - tile.hitHeight) / 2
         scale: tile.dropTarget ? (tile.isFolderTile ? 1.15 : 0.8) : (mouse.pressed ? 0.92 : 1)
@@ -95,7 +99,7 @@ Item {
         // A folder's preview exists only on folder tiles: most tiles are apps.
         Loader {
             anchors.fill: parent
-            anchors.margins: tile.iconSize * 0.06
+            anchors.margins: tile.shownIconSize * 0.06
             active: tile.folderIcons.length > 0
             sourceComponent: Rectangle {
                 radius: width * 0.22
@@ -149,7 +153,7 @@ Item {
 
     Text {
         x: (tile.width - width) / 2
-        y: iconBox.y + tile.iconSize + tile.labelSpacing
+        y: iconBox.y + tile.shownIconSize + tile.labelSpacing
         width: tile.hitWidth
         height: tile.labelHeight
         text: tile.label
@@ -164,7 +168,7 @@ Item {
     Text {
         visible: tile.protectedReason !== ""
         x: (tile.width - width) / 2
-        y: iconBox.y + tile.iconSize + tile.labelSpacing + tile.labelHeight
+        y: iconBox.y + tile.shownIconSize + tile.labelSpacing + tile.labelHeight
         width: tile.hitWidth
         text: tile.protectedReason
         color: tile.palette.windowText
